@@ -1,0 +1,95 @@
+/// ZynSystemInfo: what the system-on-chip of this machine can do, by numbered capability.
+///
+/// Conventions, the same for all three functions:
+///
+/// 1. A capability is a component (`DSP`, `GPU` or `CPU`) and a key, numbered from 1 within its
+///    component. Scalar capabilities are answered by `Soc_GetCapability`; the four lists (DSP keys
+///    16, 46, 47 and 48) by `Soc_GetCapabilitySerialized`.
+/// 2. The caller owns `buffer` and `*size`. On entry `*size` is the buffer's size in bytes. It
+/// changes
+///    only where a function says so. Nothing is written past it, nor into the buffer on a failure.
+/// 3. `size` must point to a valid value, and so must `major` and `minor`: null is not tested.
+/// 4. Everything is little-endian. Strings end with a NUL byte.
+/// 5. Any thread may call any function at any time; no order of calls is required. The first query
+/// of
+///    each query function identifies the chip and may load a provider library; later ones only
+///    read.
+/// 6. A refused component or key, and a list that does not fit, put one line on standard error.
+/// 7. No function throws. A provider library that calls a query function while it is itself being
+///    asked gets `FAILURE`.
+#ifndef ZYN_SYSTEM_INFO_H
+#define ZYN_SYSTEM_INFO_H
+
+#include <stdint.h>
+
+#if defined(__GNUC__) && !defined(_WIN32)
+#define SOC_API __attribute__((visibility("default")))
+#else
+#define SOC_API /* on Windows the module definition file names the exports */
+#endif
+
+#ifdef __cplusplus
+#define SOC_NOEXCEPT noexcept
+extern "C" {
+#else
+#define SOC_NOEXCEPT
+#endif
+
+/// Status codes, the result of every function.
+enum {
+  SUCCESS = 0,                ///< The answer was written.
+  UNSUPPORTED_COMPONENT = 2,  ///< The component is none of `DSP`, `GPU` and `CPU`.
+  UNSUPPORTED_KEY = 3,        ///< The key is no capability of the component in this function.
+  INSUFFICIENT_SIZE = 4,      ///< The buffer is too small; `*size` holds the bytes required.
+  NULL_BUFFER = 7,            ///< `buffer` is null.
+  FAILURE = 25                ///< The answer could not be produced.
+};
+
+/// Components.
+enum { DSP = 2, GPU = 3, CPU = 5 };
+
+/// The version of this interface: writes 0 to `*major` and 1 to `*minor`. Returns `SUCCESS`.
+SOC_API uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) SOC_NOEXCEPT;
+
+/// Answers one scalar capability at the start of `buffer`.
+///
+/// Integers and flags take 8 bytes (signed values sign-extended), DSP keys 43 and 44 are 4-byte
+/// IEEE floats, GPU key 4 is the GPU's name with its NUL, whose length `*size` then holds. `buffer`
+/// must have at least 8 bytes (4 for DSP keys 43 and 44, 12 for GPU key 4, 16 for DSP key 16),
+/// whether or not there is such a capability.
+///
+/// The key is matched on its low 32 bits; the minimum above goes by the whole key.
+///
+/// \param component `DSP`, `GPU` or `CPU`.
+/// \param key       The capability's number.
+/// \param buffer    Receives the answer.
+/// \param size      In: bytes at `buffer`. Out: see below and GPU key 4; otherwise unchanged.
+/// \return `SUCCESS`; `NULL_BUFFER` (`*size` becomes 8); `INSUFFICIENT_SIZE` (`*size` becomes the
+///         minimum, or the name's length with its NUL); `UNSUPPORTED_COMPONENT`; `UNSUPPORTED_KEY`;
+///         `FAILURE` when the chip is unknown and no provider library could be used (every call
+///         after the one that looked for a provider), or when the system ran out of memory.
+SOC_API uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer,
+                                   uint64_t* size) SOC_NOEXCEPT;
+
+/// Answers one list capability (DSP keys 16, 46, 47 and 48) as an array of entries without padding.
+///
+/// Every entry begins with the DSP's index (`uint32_t`, always 0 here), followed by
+/// - keys 16 and 46: the value (`uint32_t`), 8 bytes in all;
+/// - key 47: a name of 32 bytes, NUL-padded, 36 bytes in all;
+/// - key 48: the value (`uint32_t`) and a name of 32 bytes, NUL-padded, 40 bytes in all.
+///
+/// \param component `DSP`, `GPU` or `CPU`.
+/// \param key       The capability's number, matched on its low 32 bits.
+/// \param buffer    Receives the entries; must not be null, even to ask for the size.
+/// \param size      In: bytes at `buffer`. Out: bytes written (0 for an empty list) or required.
+/// \return `SUCCESS`; `NULL_BUFFER` (`*size` unchanged); `INSUFFICIENT_SIZE` (`*size` becomes the
+///         bytes required); `UNSUPPORTED_COMPONENT`; `UNSUPPORTED_KEY`; `FAILURE` when a name of
+///         the list exceeds 31 bytes (`*size` becomes 2^64 - 1) or the system ran out of memory.
+SOC_API uint32_t Soc_GetCapabilitySerialized(uint64_t component, uint64_t key, void* buffer,
+                                             uint64_t* size) SOC_NOEXCEPT;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
