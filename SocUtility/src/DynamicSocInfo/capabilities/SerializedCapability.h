@@ -1,0 +1,63 @@
+/// The serialized capability format: how the list capabilities travel between libraries.
+///
+/// A buffer is a bare array of entries of one size, laid end to end; all integers are unsigned
+/// 32-bit little-endian. Every entry begins with the index of the DSP that it belongs to. The
+/// writer answers a list query of this library, the reader takes the answer of another library.
+///
+/// `List` is one of the four list field types of `DspInfo`:
+///
+/// | field   | entry    | content                                              |
+/// |---------|----------|------------------------------------------------------|
+/// | `cap16` | 8 bytes  | index at 0, element at 4                             |
+/// | `cap46` | 8 bytes  | index at 0, mapped value at 4                        |
+/// | `cap47` | 36 bytes | index at 0, name at 4 (32 bytes)                     |
+/// | `cap48` | 40 bytes | index at 0, value at 4, name at 8 (32 bytes)         |
+///
+/// A name is at most 31 bytes, followed by NUL bytes up to the end of its 32.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "capabilities/SocInfo.h"
+
+/// What the writer leaves in `*size` when a name does not fit its 32 bytes.
+inline constexpr std::uint64_t UNSERIALIZABLE = std::numeric_limits<std::uint64_t>::max();
+
+/// Writes the entries of `lists` to `buffer`; a list's position is the DSP index of its entries.
+///
+/// \param buffer Receives the entries; untouched on failure and when there are none.
+/// \param size   In: bytes at `buffer`. Out: bytes written; on failure the bytes required, or
+///               `UNSERIALIZABLE` when a name of 32 bytes or more cannot be stored.
+/// \return Whether the entries were written. Allocates one block, none when the buffer is too
+/// small.
+template <class List>
+bool serialize(void* buffer, std::uint64_t* size, std::span<const List* const> lists);
+
+/// Reads entries into `targets`: target i is emptied and receives those whose DSP index is i, in
+/// buffer order. Entries of further DSPs are ignored. `data` needs no alignment.
+///
+/// \return False, with all targets as they were, when `length` is not a multiple of the entry size,
+///         `data` is null although `length` is not 0, or a name of any entry has no NUL.
+template <class List>
+bool deserialize(const void* data, std::size_t length, std::span<List* const> targets);
+
+using U32List = std::vector<std::uint32_t>;                   ///< `cap16`
+using U32Positions = std::map<std::uint32_t, std::uint32_t>;  ///< `cap46`
+using NameList = std::vector<std::string>;                    ///< `cap47`
+using NamedValues = std::map<std::uint32_t, NamedValue>;      ///< `cap48`
+
+extern template bool serialize(void*, std::uint64_t*, std::span<const U32List* const>);
+extern template bool serialize(void*, std::uint64_t*, std::span<const U32Positions* const>);
+extern template bool serialize(void*, std::uint64_t*, std::span<const NameList* const>);
+extern template bool serialize(void*, std::uint64_t*, std::span<const NamedValues* const>);
+
+extern template bool deserialize(const void*, std::size_t, std::span<U32List* const>);
+extern template bool deserialize(const void*, std::size_t, std::span<U32Positions* const>);
+extern template bool deserialize(const void*, std::size_t, std::span<NameList* const>);
+extern template bool deserialize(const void*, std::size_t, std::span<NamedValues* const>);
