@@ -1,0 +1,28 @@
+/// The chip catalogue: what the library knows about chips without asking anyone.
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "capabilities/SocInfo.h"
+
+/// Rows by model number, visited in ascending order.
+class ChipCatalogue {
+ public:
+  /// Adds a row under its `socModel`; a row already there stays and the new one is discarded.
+  void Insert(SocInfo row);
+
+  /// The row under `key`. Throws `std::out_of_range` when there is none.
+  SocInfo& At(std::int32_t key);
+
+  auto begin() const { return rows_.begin(); }
+  auto end() const { return rows_.end(); }
+
+ private:
+  std::map<std::int32_t, SocInfo> rows_;
+};
+
+/// The record of a chip: a copy of the row that lists `chipId`, with `isKnownChip` set, or of the
+/// unknown row ("UNKNOWN_PLX", default capabilities) for 0 and for an identifier that no row lists.
+/// Keeps nothing; may be called from several threads at once. Throws `std::bad_alloc`.
+SocInfo BuildChipRecord(std::uint32_t chipId);
