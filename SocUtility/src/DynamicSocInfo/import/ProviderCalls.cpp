@@ -1,0 +1,162 @@
+#include "import/ProviderCalls.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+#include "ZynSystemInfo.h"
+
+namespace {
+
+constexpr std::size_t VARIABLE_ANSWER_FIRST_SIZE = 32;
+constexpr std::size_t WORD = sizeof(std::uint64_t);
+
+void resizeOrThrow(std::vector<std::uint8_t>& buffer, std::uint64_t size) {
+  if (!ResizeToReported(buffer, size)) {
+    throw std::runtime_error("reported size cannot be held");
+  }
+}
+
+/// An answer of exactly the width of `Wire`.
+template <class Wire>
+Wire readExactly(ProviderLoader& provider, std::uint32_t component, std::uint32_t key) {
+  const std::vector<std::uint8_t> bytes =
+      GetCapabilityBytes(provider, component, key, sizeof(Wire));
+  if (bytes.size() != sizeof(Wire)) {
+    throw std::runtime_error("Result buffer size mismatch");
+  }
+  Wire value;
+  std::memcpy(&value, bytes.data(), sizeof value);
+  return value;
+}
+
+/// Stores what `read` returns; false, with `out` as it was, when the provider fails it.
+template <class Out, class Read>
+bool tryRead(Out& out, Read read) {
+  try {
+    out = read();
+    return true;
+  } catch (const std::runtime_error&) {
+    return false;
+  }
+}
+
+}  // namespace
+
+bool ResizeToReported(std::vector<std::uint8_t>& buffer, std::uint64_t size) noexcept {
+  if (size > LARGEST_ANSWER) {
+    return false;
+  }
+  try {
+    buffer.resize(size);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+std::vector<std::uint8_t> GetCapabilityBytes(ProviderLoader& provider, std::uint32_t component,
+                                             std::uint32_t key, std::size_t initialSize) {
+  if (provider.getCapability == nullptr) {
+    throw std::runtime_error("SoCServiceUtils not loaded");
+  }
+  std::vector<std::uint8_t> buffer(initialSize);
+  while (true) {
+    std::uint64_t size = buffer.size();
+    switch (
+        provider.getCapability(component, key, buffer.empty() ? nullptr : buffer.data(), &size)) {
+      case SUCCESS:
+        resizeOrThrow(buffer, size);
+        return buffer;
+      case INSUFFICIENT_SIZE:
+        if (size <= buffer.size()) {
+          throw std::runtime_error("INSUFFICIENT_SIZE despite matching size");
+        }
+        buffer.clear();  // what a refused call left behind must not pass for an answer
+        resizeOrThrow(buffer, size);
+        break;
+      default:
+        throw std::runtime_error("GetCapability failed");
+    }
+  }
+}
+
+std::vector<std::uint64_t> ReadU64Vector(ProviderLoader& provider, std::uint32_t component,
+                                         std::uint32_t key) {
+  const std::vector<std::uint8_t> bytes =
+      GetCapabilityBytes(provider, component, key, VARIABLE_ANSWER_FIRST_SIZE);
+  if (bytes.size() < WORD) {
+    throw std::runtime_error("bad vector format");
+  }
+  std::uint64_t count = 0;
+  std::memcpy(&count, bytes.data(), WORD);
+  const std::size_t elementBytes = bytes.size() - WORD;
+  if (count > elementBytes / WORD) {
+    throw std::runtime_error("vector buffer is too small");
+  }
+  if (count * WORD != elementBytes) {
+    throw std::runtime_error("vector buffer does not match expected size");
+  }
+  std::vector<std::uint64_t> elements(count);
+  if (count != 0) {
+    std::memcpy(elements.data(), bytes.data() + WORD, elementBytes);
+  }
+  return elements;
+}
+
+std::string ReadCapabilityString(ProviderLoader& provider, std::uint32_t component,
+                                 std::uint32_t key) {
+  const std::vector<std::uint8_t> bytes =
+      GetCapabilityBytes(provider, component, key, VARIABLE_ANSWER_FIRST_SIZE);
+  const auto end = std::find(bytes.begin(), bytes.end(), std::uint8_t{0});
+  if (end == bytes.end()) {
+    throw std::runtime_error("missing null terminator");
+  }
+  return {bytes.begin(), end};
+}
+
+bool TryGetU64(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
+               std::uint64_t& out) {
+  return tryRead(out, [&] { return readExactly<std::uint64_t>(provider, component, key); });
+}
+
+bool TryGetU32(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
+               std::uint32_t& out) {
+  return tryRead(out, [&] {
+    return static_cast<std::uint32_t>(readExactly<std::uint64_t>(provider, component, key));
+  });
+}
+
+bool TryGetU8(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
+              std::uint8_t& out) {
+  return tryRead(out, [&] {
+    return static_cast<std::uint8_t>(readExactly<std::uint64_t>(provider, component, key));
+  });
+}
+
+bool TryGetBool(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, bool& out) {
+  return tryRead(out, [&] { return readExactly<std::uint64_t>(provider, component, key) != 0; });
+}
+
+bool TryGetFloat(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, float& out) {
+  return tryRead(out, [&] { return readExactly<float>(provider, component, key); });
+}
+
+bool TryGetU32List(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
+                   std::vector<std::uint32_t>& out) {
+  return tryRead(out, [&] {
+    const std::vector<std::uint64_t> elements = ReadU64Vector(provider, component, key);
+    std::vector<std::uint32_t> values(elements.size());
+    std::ranges::transform(elements, values.begin(), [](std::uint64_t element) {
+      return static_cast<std::uint32_t>(element);
+    });
+    return values;
+  });
+}
+
+bool TryGetString(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
+                  std::string& out) {
+  return tryRead(out, [&] { return ReadCapabilityString(provider, component, key); });
+}
