@@ -1,0 +1,46 @@
+#include "ProviderAttempt.h"
+
+#include <memory>
+#include <mutex>
+
+#include "import/ProviderImport.h"
+
+namespace {
+
+/// Held for the whole of every attempt: two imports never run at once, and the dynamic library
+/// layer and the provider calls rely on it.
+constinit std::mutex providerMutex;
+
+bool importFromProvider(SocInfo& record) {
+  ProviderLoader provider(ServiceUtilsOnly);
+  return IsAcceptedProvider(provider) && ImportProviderCapabilities(provider, record);
+}
+
+}  // namespace
+
+std::atomic<std::thread::id> ProviderAttempt::runningThread_;
+
+bool IsAcceptedProvider(const ProviderLoader& provider) {
+  const bool hasQuery = provider.handle != nullptr && provider.getApiVersion != nullptr &&
+                        provider.getCapability != nullptr;
+  if (provider.libraryName == SERVICE_UTILS_LIBRARY) {
+    return hasQuery;
+  }
+  return provider.libraryName == SYSTEM_INFO_LIBRARY && hasQuery &&
+         provider.getCapabilitySerialized != nullptr;
+}
+
+bool ProviderAttempt::MakeOnceLocked(SocInfo& record) {
+  const std::lock_guard lock(providerMutex);
+  if (!IsStillToBeMade()) {
+    return false;
+  }
+  runningThread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+  const auto unmark = [](auto* running) { running->store({}, std::memory_order_relaxed); };
+  const std::unique_ptr<std::atomic<std::thread::id>, decltype(unmark)> mark(&runningThread_,
+                                                                             unmark);
+  // The outcome first: whoever sees that the attempt was made must see how it ended.
+  recordConfirmed_.store(importFromProvider(record), std::memory_order_release);
+  providerAttempted_.store(true, std::memory_order_release);
+  return true;
+}
