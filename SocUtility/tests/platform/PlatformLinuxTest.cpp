@@ -1,0 +1,98 @@
+// Facts of the Linux layer alone: where its answers come from, what the dynamic linker's own
+// modules would do to it, and what is documented of the Win32 functions but not kept by all
+// versions of them.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/WindowsApi.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string pathOf(HMODULE module) {
+  std::array<char, 4096> path{};
+  return {path.data(), GetModuleFileNameA(module, path.data(), path.size())};
+}
+
+TEST(LinuxFirmwareTable, IsTheKernelsFile) {
+  std::ifstream file("/sys/firmware/acpi/tables/FACP", std::ios::binary);
+  if (!file) {
+    GTEST_SKIP() << "this machine shows no FADT, or not to this user";
+  }
+  const std::vector<char> expected{std::istreambuf_iterator<char>(file), {}};
+  std::vector<char> table(expected.size() + 1);
+  table.resize(GetSystemFirmwareTable(0x41435049, 0x50434146, table.data(),
+                                      static_cast<DWORD>(table.size())));
+  EXPECT_EQ(table, expected);
+}
+
+TEST(LinuxModule, EveryListedOneCanBeAsked) {
+  std::array<HMODULE, 256> modules{};
+  DWORD size = 0;
+  ASSERT_TRUE(K32EnumProcessModules(GetCurrentProcess(), modules.data(), sizeof modules, &size));
+  int definingGetpid = 0;
+  for (std::size_t i = 0; i < size / sizeof(HMODULE); ++i) {
+    const std::string path = pathOf(modules.at(i));
+    EXPECT_TRUE(path.starts_with('/') && fs::exists(path)) << path;
+    definingGetpid += GetProcAddress(modules.at(i), "getpid") != nullptr ? 1 : 0;
+  }
+  EXPECT_EQ(definingGetpid, 1) << "the C library, and no module that merely needs it";
+}
+
+TEST(LinuxModule, LoadedFromARelativePathKeepsItsDirectory) {
+  const fs::path library = fs::absolute(FIXTURE_LIBRARY);
+  const fs::path startDirectory = fs::current_path();
+  fs::current_path(library.parent_path());
+  const HMODULE module = LoadLibraryExA(("./" + library.filename().string()).c_str(), nullptr,
+                                        LOAD_WITH_ALTERED_SEARCH_PATH);
+  fs::current_path("/");
+  ASSERT_NE(module, nullptr);
+  EXPECT_TRUE(fs::equivalent(pathOf(module), library)) << pathOf(module);
+  EXPECT_EQ(GetModuleHandleA(library.c_str()), module);
+  EXPECT_TRUE(FreeLibrary(module));
+  fs::current_path(startDirectory);
+}
+
+TEST(LinuxModule, CutPathIsTerminated) {
+  const std::string path = pathOf(nullptr);
+  std::array<char, 6> cut{};
+  cut.fill('#');
+  EXPECT_EQ(GetModuleFileNameA(nullptr, cut.data(), 5), 5U);
+  EXPECT_EQ(std::string_view(cut.data(), 6), path.substr(0, 4) + '\0' + '#');
+}
+
+TEST(LinuxEnvironmentVariable, EmptyIsNotMissing) {
+  setenv("PLATFORM_TEST_EMPTY", "", 1);
+  std::array<WCHAR, 1> buffer{};
+  SetLastError(ERROR_ENVVAR_NOT_FOUND);
+  EXPECT_EQ(GetEnvironmentVariableW(u"PLATFORM_TEST_EMPTY", buffer.data(), 1), 0U);
+  EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+}
+
+TEST(LinuxEnvironmentVariable, BytesThatAreNoUtf8AreReplaced) {
+  struct Row {
+    const char* bytes;
+    std::u16string_view value;
+  };
+  for (const auto& [bytes, value] :
+       {Row{"\x80y", u"\uFFFDy"}, Row{"\xC0\xAF", u"\uFFFD\uFFFD"}, Row{"\xE2\x82", u"\uFFFD"},
+        Row{"\xE2\x82x", u"\uFFFDx"}, Row{"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},
+        Row{"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"}, Row{"\xF5", u"\uFFFD"},
+        Row{"\xF4\x8F\xBF\xBF", u"\U0010FFFF"}, Row{"\xE0\x9F\xBF", u"\uFFFD\uFFFD\uFFFD"}}) {
+    setenv("PLATFORM_TEST_BYTES", bytes, 1);
+    std::array<WCHAR, 8> buffer{};
+    const DWORD length = GetEnvironmentVariableW(u"PLATFORM_TEST_BYTES", buffer.data(), 8);
+    EXPECT_TRUE(std::u16string_view(buffer.data(), length) == value) << bytes;
+  }
+}
+
+}  // namespace
