@@ -153,7 +153,7 @@ std::uint32_t answerSerializedOf(const Record& entry, std::uint32_t key,
 
 }  // namespace
 
-std::uint64_t MinimumSize(std::uint64_t component, std::uint64_t key) noexcept {
+std::uint64_t MinimumSize(std::uint64_t component, std::uint64_t key) {
   switch (component) {
     case DSP:
       return minimumSizeOf<DspInfo>(key);
@@ -165,7 +165,7 @@ std::uint64_t MinimumSize(std::uint64_t component, std::uint64_t key) noexcept {
 }
 
 std::uint32_t AnswerScalar(const SocInfo& record, std::uint64_t component, std::uint64_t key,
-                           void* buffer, std::uint64_t* size) noexcept {
+                           void* buffer, std::uint64_t* size) {
   const auto lowKey = static_cast<std::uint32_t>(key);
   switch (component) {
     case DSP:

@@ -10,11 +10,11 @@
 
 /// The smallest buffer that the scalar query takes for a component and key, supported or not.
 /// Compares the whole key.
-std::uint64_t MinimumSize(std::uint64_t component, std::uint64_t key) noexcept;
+std::uint64_t MinimumSize(std::uint64_t component, std::uint64_t key);
 
 /// Status of `Soc_GetCapability`, the answer at `buffer`.
 std::uint32_t AnswerScalar(const SocInfo& record, std::uint64_t component, std::uint64_t key,
-                           void* buffer, std::uint64_t* size) noexcept;
+                           void* buffer, std::uint64_t* size);
 
 /// Status of `Soc_GetCapabilitySerialized`, the entries at `buffer`. Throws `std::bad_alloc`.
 std::uint32_t AnswerSerialized(const SocInfo& record, std::uint64_t component, std::uint64_t key,

@@ -12,6 +12,6 @@ void WriteDiagnostic(std::string_view text, std::uint64_t number,
   end = std::to_chars(end, line.data() + line.size(), static_cast<std::int32_t>(number)).ptr;
   end = std::copy(ending.begin(), ending.end(), end);
   *end++ = '\n';
-  std::fwrite(line.data(), 1, static_cast<std::size_t>(end - line.data()), stderr);
-  std::fflush(stderr);
+  (void)std::fwrite(line.data(), 1, static_cast<std::size_t>(end - line.data()), stderr);
+  (void)std::fflush(stderr);
 }

@@ -31,7 +31,8 @@
 /// A wide string literal of `WCHAR` units.
 #define WIDE(text) u##text
 
-// NOLINTBEGIN(readability-identifier-naming): the names are the Win32 ones.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl*,performance-no-int-to-ptr): Win32 names and
+// values.
 
 using BOOL = int;
 using BYTE = std::uint8_t;
@@ -168,6 +169,6 @@ DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size);
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideLength, LPSTR bytes,
                         int size, LPCSTR defaultChar, LPBOOL usedDefaultChar);
 
-// NOLINTEND(readability-identifier-naming)
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl*,performance-no-int-to-ptr)
 
 #endif

@@ -109,7 +109,7 @@ ChipCatalogue buildCatalogue() {
 
 }  // namespace
 
-void ChipCatalogue::Insert(SocInfo row) {
+void ChipCatalogue::Insert(SocInfo&& row) {
   const auto key = static_cast<std::int32_t>(row.socModel);
   rows_.try_emplace(key, std::move(row));
 }

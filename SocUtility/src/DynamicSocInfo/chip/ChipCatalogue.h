@@ -10,7 +10,7 @@
 class ChipCatalogue {
  public:
   /// Adds a row under its `socModel`; a row already there stays and the new one is discarded.
-  void Insert(SocInfo row);
+  void Insert(SocInfo&& row);
 
   /// The row under `key`. Throws `std::out_of_range` when there is none.
   SocInfo& At(std::int32_t key);

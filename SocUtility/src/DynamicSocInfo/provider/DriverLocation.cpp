@@ -68,7 +68,7 @@ WideString environmentVariable(LPCWSTR name) {
   if (GetEnvironmentVariableW(name, buffer.data(), size) == 0) {
     return {};
   }
-  return buffer.c_str();  // up to the first zero: the variable may have become shorter meanwhile
+  return buffer.substr(0, buffer.find(WCHAR{}));  // it may have become shorter meanwhile
 }
 
 KeyHandle openLocalMachineKey(const std::string& path) {

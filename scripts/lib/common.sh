@@ -1,0 +1,58 @@
+# Shared by the scripts of this folder, which source it first. They work from any directory: this file
+# goes to the project's root.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+
+# step TEXT: says what happens next, on standard error so that it never mixes with a program's output.
+step() { printf '\033[1m==> %s\033[0m\n' "$*" >&2; }
+
+die() {
+  printf '%s\n' "$*" >&2
+  exit 1
+}
+
+# require PROBE=PACKAGE ...: installs the Debian packages whose probe (a command, or a file's absolute
+# path) is missing. Without apt, or without the right to use it, says what is missing.
+require() {
+  local need probe missing=()
+  for need in "$@"; do
+    probe=${need%%=*}
+    if [[ $probe == /* ]]; then
+      [[ -e $probe ]] || missing+=("${need#*=}")
+    else
+      command -v "$probe" >/dev/null || missing+=("${need#*=}")
+    fi
+  done
+  ((${#missing[@]})) || return 0
+
+  local as_root=()
+  if ((EUID != 0)); then
+    as_root=(sudo)
+  fi
+  if ! command -v apt-get >/dev/null || { ((EUID != 0)) && ! command -v sudo >/dev/null; }; then
+    die "Please install (names of Debian's packages): ${missing[*]}"
+  fi
+  step "Installing ${missing[*]}"
+  "${as_root[@]}" apt-get update -qq >&2
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get -o DPkg::Lock::Timeout=300 install -y -qq --no-install-recommends "${missing[@]}" >&2
+}
+
+# What every build needs.
+require_build_tools() {
+  require cmake=cmake ninja=ninja-build g++=g++ \
+    /usr/include/CLI/CLI.hpp=libcli11-dev /usr/include/nlohmann/json.hpp=nlohmann-json3-dev "$@"
+}
+
+# build PRESET [CMAKE_ARGUMENT ...]: configures when there is no build folder yet or arguments were
+# given, and builds what has changed.
+build() {
+  local preset=$1
+  shift
+  if [[ ! -f build/$preset/build.ninja ]] || (($#)); then
+    step "Configuring $preset"
+    cmake --preset "$preset" "$@" >&2
+  fi
+  step "Building $preset"
+  cmake --build --preset "$preset" >&2
+}
