@@ -21,11 +21,11 @@ constexpr DWORD FROM_ADDRESS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS;
 
 class Module : public testing::Test {
  protected:
-  HMODULE Load(const std::string& name) {
+  static HMODULE Load(const std::string& name) {
     return LoadLibraryExA(name.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   }
 
-  std::vector<HMODULE> List() {
+  static std::vector<HMODULE> List() {
     DWORD size = 0;
     EXPECT_TRUE(K32EnumProcessModules(GetCurrentProcess(), nullptr, 0, &size));
     std::vector<HMODULE> modules(size / sizeof(HMODULE));
@@ -135,7 +135,7 @@ TEST_F(LoadedModule, IsFoundByAddress) {
 
 TEST_F(Module, HandleThatIsNoneIsRefused) {
   alignas(16) static std::array<char, 256> noModule{};
-  const auto handle = reinterpret_cast<HMODULE>(noModule.data());
+  auto* const handle = reinterpret_cast<HMODULE>(noModule.data());
   std::array<char, MAX_PATH> buffer{};
   EXPECT_FALSE(FreeLibrary(handle));
   EXPECT_FALSE(FreeLibrary(nullptr));

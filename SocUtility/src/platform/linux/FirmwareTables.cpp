@@ -25,7 +25,9 @@ class File {
     }
   }
   File(const File&) = delete;
+  File(File&&) = delete;
   File& operator=(const File&) = delete;
+  File& operator=(File&&) = delete;
 
   int Descriptor() const { return descriptor_; }
 

@@ -9,7 +9,7 @@
 namespace {
 
 // Room for a working directory and a relative path, each of which the kernel bounds by PATH_MAX.
-using PathBuffer = std::array<char, 2 * PATH_MAX>;
+using PathBuffer = std::array<char, std::size_t{2} * PATH_MAX>;
 
 /// Writes the absolute path of a module that the caller holds; its length or 0 on failure.
 std::size_t absolutePath(link_map* module, PathBuffer& path) {

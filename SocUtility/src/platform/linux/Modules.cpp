@@ -112,7 +112,8 @@ std::size_t programPath(char* path, std::size_t size) noexcept {
 }
 
 HANDLE GetCurrentProcess() {
-  return reinterpret_cast<HANDLE>(std::intptr_t{-1});  // the pseudo-handle's value on Windows
+  // The pseudo-handle's value on Windows.
+  return reinterpret_cast<HANDLE>(std::intptr_t{-1});  // NOLINT(performance-no-int-to-ptr)
 }
 
 BOOL K32EnumProcessModules(HANDLE process, HMODULE* modules, DWORD size, LPDWORD needed) {

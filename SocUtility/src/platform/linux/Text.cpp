@@ -45,8 +45,10 @@ char* appendUtf8(char* out, char32_t code) {
 
 }  // namespace
 
+// NOLINTBEGIN(readability-non-const-parameter): the signature is the Win32 one
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideLength, LPSTR bytes,
                         int size, LPCSTR defaultChar, LPBOOL usedDefaultChar) {
+  // NOLINTEND(readability-non-const-parameter)
   const bool inputValid = wide != nullptr && wideLength != 0 && wideLength >= -1;
   const bool outputValid = size == 0 || (size > 0 && bytes != nullptr);
   if (codePage != CP_UTF8 || flags != 0 || defaultChar != nullptr || usedDefaultChar != nullptr ||
