@@ -1,0 +1,64 @@
+#include "Capture.h"
+
+#include <cerrno>
+#include <fstream>
+#include <span>
+#include <sstream>
+#include <string>
+#include <system_error>
+
+#include "IdentifyReport.h"
+#include "InputError.h"
+#include "MachineTables.h"
+#include "Output.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void makeEmptyDirectory(const fs::path& directory) {
+  std::error_code error;
+  fs::create_directories(directory, error);
+  if (error) {
+    throw InputError(directory, error.message());
+  }
+  const bool empty = fs::is_empty(directory, error);
+  if (error) {
+    throw InputError(directory, error.message());
+  }
+  if (!empty) {
+    throw InputError(directory, "not empty; a capture takes a new directory");
+  }
+}
+
+void writeFile(const fs::path& path, std::span<const char> bytes) {
+  std::ofstream file(path, std::ios::binary);
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  if (!file) {
+    throw InputError(path, std::generic_category().message(errno));
+  }
+}
+
+void writeTable(const fs::path& path, const std::vector<std::uint8_t>& table) {
+  writeFile(path, {reinterpret_cast<const char*>(table.data()), table.size()});
+}
+
+}  // namespace
+
+void Capture(const fs::path& directory) {
+  const MachineTables tables = ReadThisMachine();
+  const IdentifyReport report = Identify(tables);
+  if (tables.fadt.empty()) {
+    throw InputError("nothing to capture: " + WhyNotIdentified(report));
+  }
+  std::ostringstream document;
+  WriteDocument(document, ToJson(report));
+
+  makeEmptyDirectory(directory);
+  writeTable(directory / "FACP", tables.fadt);
+  if (!tables.pptt.empty()) {
+    writeTable(directory / "PPTT", tables.pptt);
+  }
+  writeFile(directory / "identify.json", document.str());
+}

@@ -1,0 +1,25 @@
+/// Where the firmware tables come from: this machine, or dumps of another one's.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <iosfwd>
+#include <vector>
+
+/// The two tables that identify a chip; one that the machine lacks is empty.
+struct MachineTables {
+  std::vector<std::uint8_t> fadt;
+  std::vector<std::uint8_t> pptt;
+  bool accessDenied = false;  ///< The FADT is empty because this user may not read it.
+};
+
+/// The tables that the library would read here.
+MachineTables ReadThisMachine();
+
+/// The raw dumps in `directory`, each under the first of the names "FACP", "facp.dat" and
+/// "FACP.dat" that is there ("PPTT" likewise). Throws `InputError` when the FADT's is missing, when
+/// one is not a readable, non-empty file of at most 16 MiB, and when one holds another table.
+///
+/// A dump that is shorter than its header says is taken as it stands, since firmware can deliver
+/// such a table, with a line to `warnings`.
+MachineTables ReadDumps(const std::filesystem::path& directory, std::ostream& warnings);

@@ -1,0 +1,26 @@
+/// How soc-info writes: one JSON document for programs, labelled lines for people.
+///
+/// In both, a string from a table, a provider or the file system is escaped: nothing but printable
+/// ASCII reaches the terminal, and bytes that are not UTF-8 become U+FFFD.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+/// Keeps fields in the order in which they were added, so that documents can be compared by line.
+using Json = nlohmann::ordered_json;
+
+/// Writes an object as one document: a field a line, and a line for each object of an array.
+void WriteDocument(std::ostream& out, const Json& object);
+
+/// `text` in double quotes, escaped as in JSON.
+std::string Quoted(std::string_view text);
+
+/// "0x" and `digits` upper-case hexadecimal digits, more when the number needs more.
+std::string Hex(std::uint64_t number, int digits);
+
+/// Writes a label and what it says, texts aligned; a continuation line has an empty label.
+void WriteLine(std::ostream& out, std::string_view label, std::string_view text);

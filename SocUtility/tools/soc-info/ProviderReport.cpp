@@ -1,0 +1,112 @@
+#include "ProviderReport.h"
+
+#include <algorithm>
+
+#include "ProviderAttempt.h"
+#include "capabilities/KeyTable.h"
+#include "import/ProviderImport.h"
+#include "provider/DynamicLibrary.h"
+#include "provider/ProviderLoader.h"
+
+namespace {
+
+/// The path of the module that contains `address`, with forward slashes, or empty.
+template <class Function>
+std::string modulePathOf(Function* address) {
+  std::string path;
+  dlModulePath(reinterpret_cast<const void*>(address), path);
+  std::ranges::replace(path, '\\', '/');
+  return path;
+}
+
+/// What the loader looks for, in its order.
+std::vector<std::string> candidates() {
+  std::vector<std::string> names;
+  if (const std::string own = modulePathOf(&AttemptProvider); !own.empty()) {
+    names.push_back(joinPath(directoryOf(own), SERVICE_UTILS_LIBRARY));
+  }
+  names.emplace_back(SERVICE_UTILS_LIBRARY);
+  return names;
+}
+
+std::string lastLoaderError() {
+  const char* const message = dlError();
+  return message != nullptr ? message : "";
+}
+
+/// All keys that the field of `key` answers.
+template <class Record>
+void addAnswered(std::set<CapabilityKey>& answered, std::uint32_t key) {
+  constexpr const auto& fields = KeyTable<Record>::FIELDS;
+  for (std::uint32_t alias = 0; alias < fields.size(); ++alias) {
+    if (fields[alias] == fields[key]) {
+      answered.insert({KeyTable<Record>::COMPONENT, alias});
+    }
+  }
+}
+
+template <class Record>
+void importComponent(ProviderLoader& provider, const ImportKeys& keys, Record& entry,
+                     ProviderReport& report) {
+  for (const std::uint8_t key : keys.required) {
+    if (TryImportKey(provider, key, entry)) {
+      addAnswered<Record>(report.answered, key);
+    } else {
+      report.missing.push_back({KeyTable<Record>::COMPONENT, key});
+    }
+  }
+  for (const std::uint8_t key : keys.optional) {
+    if (TryImportKey(provider, key, entry)) {
+      addAnswered<Record>(report.answered, key);
+    }
+  }
+}
+
+}  // namespace
+
+ProviderReport AttemptProvider(SocInfo& record) {
+  ProviderReport report;
+  report.lookedFor = candidates();
+  ProviderLoader provider(ServiceUtilsOnly);
+  if (provider.handle == nullptr) {
+    report.state = ProviderState::NOT_FOUND;
+    report.reason = lastLoaderError();
+    return report;
+  }
+  if (provider.getApiVersion != nullptr) {
+    report.library = modulePathOf(provider.getApiVersion);
+  }
+  if (!IsAcceptedProvider(provider)) {
+    report.state = ProviderState::REJECTED;
+    report.reason = provider.getApiVersion == nullptr ? "it lacks the export Soc_GetAPIVersion"
+                                                      : "it lacks the export Soc_GetCapability";
+    return report;
+  }
+
+  importComponent(provider, DSP_IMPORT_KEYS, record.dsps.front(), report);
+  importComponent(provider, CPU_IMPORT_KEYS, record.cpu, report);
+  importComponent(provider, GPU_IMPORT_KEYS, record.gpus.front(), report);
+  report.state = report.missing.empty() ? ProviderState::IMPORTED : ProviderState::INCOMPLETE;
+  if (!report.missing.empty()) {
+    report.reason = "required keys missing";
+  }
+  return report;
+}
+
+std::string_view StateName(ProviderState state) {
+  switch (state) {
+    case ProviderState::NOT_NEEDED:
+      return "notNeeded";
+    case ProviderState::NOT_ASKED:
+      return "notAsked";
+    case ProviderState::NOT_FOUND:
+      return "notFound";
+    case ProviderState::REJECTED:
+      return "rejected";
+    case ProviderState::INCOMPLETE:
+      return "incomplete";
+    case ProviderState::IMPORTED:
+      break;
+  }
+  return "imported";
+}

@@ -1,0 +1,50 @@
+/// The provider attempt, made as the library makes it but told key by key.
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "capabilities/SocInfo.h"
+
+struct CapabilityKey {
+  std::uint32_t component;
+  std::uint32_t key;
+
+  auto operator<=>(const CapabilityKey&) const = default;
+};
+
+enum class ProviderState {
+  NOT_NEEDED,  ///< The catalogue knows the chip.
+  NOT_ASKED,   ///< The tables are another machine's, whose providers are not here.
+  NOT_FOUND,   ///< No provider library could be loaded.
+  REJECTED,    ///< The library that was loaded lacks an export.
+  INCOMPLETE,  ///< It left required keys unanswered, so that its answers do not count.
+  IMPORTED,    ///< Its answers stand in the record.
+};
+
+struct ProviderReport {
+  ProviderState state = ProviderState::NOT_ASKED;
+  std::vector<std::string> lookedFor;  ///< File names tried; a bare one by the platform's search.
+  std::string library;                 ///< The path of the one loaded, where that can be told.
+  std::string reason;                  ///< Why nothing was imported, for the states of failure.
+  std::vector<CapabilityKey> missing;  ///< Required keys without an answer, in the order asked.
+  std::set<CapabilityKey> answered;    ///< Keys whose value is the provider's, aliases included.
+};
+
+/// Makes the attempt for a record of the unknown row, and writes the provider's answers into it:
+/// also those of an import that does not count, as the library does.
+ProviderReport AttemptProvider(SocInfo& record);
+
+/// Whether `Soc_GetCapability` answers `FAILURE` after the call that made such an attempt.
+constexpr bool LeavesQueriesFailing(ProviderState state) {
+  return state == ProviderState::NOT_FOUND || state == ProviderState::REJECTED ||
+         state == ProviderState::INCOMPLETE;
+}
+
+/// A state's name in documents: "notNeeded", "notAsked", "notFound", "rejected", "incomplete" or
+/// "imported".
+std::string_view StateName(ProviderState state);

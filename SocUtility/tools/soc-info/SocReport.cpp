@@ -1,0 +1,190 @@
+#include "SocReport.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <ostream>
+#include <ranges>
+
+#include "Capabilities.h"
+
+namespace {
+
+std::string keyText(const CapabilityKey& key) {
+  return std::string(ComponentName(key.component)) + ' ' + std::to_string(key.key);
+}
+
+std::string joined(const std::vector<std::string>& texts, std::string_view separator) {
+  std::string line;
+  for (const std::string& text : texts) {
+    line += (line.empty() ? std::string_view() : separator);
+    line += text;
+  }
+  return line;
+}
+
+std::vector<std::string> missingTexts(const ProviderReport& provider) {
+  std::vector<std::string> texts(provider.missing.size());
+  std::ranges::transform(provider.missing, texts.begin(), keyText);
+  return texts;
+}
+
+std::string chipText(const SocInfo& record) {
+  std::vector<std::string> others(record.nameSet.begin(), record.nameSet.end());
+  std::erase(others, record.name);
+  return others.empty() ? record.name : record.name + ", also " + joined(others, ", ");
+}
+
+std::string identifierText(const IdentifyReport& report) {
+  if (report.steps.chipId == NO_CHIP_ID) {
+    return "none: " + WhyNotIdentified(report);
+  }
+  const std::string text = std::to_string(report.steps.chipId);
+  return report.record.isKnownChip ? text : text + ", for which the catalogue has no row";
+}
+
+std::string answersText(const SocReport& report) {
+  if (report.identify.record.isKnownChip) {
+    return "catalogue row " + std::to_string(report.identify.record.socModel) +
+           "; no provider is consulted";
+  }
+  switch (report.provider.state) {
+    case ProviderState::IMPORTED:
+      return "provider, over the unknown row";
+    case ProviderState::INCOMPLETE:
+      return "unknown row, with what the provider did answer";
+    default:
+      return "unknown row";
+  }
+}
+
+void writeProvider(std::ostream& out, const ProviderReport& provider) {
+  const auto writeLookedFor = [&] {
+    const char* verb = "looked for ";
+    for (const std::string& name : provider.lookedFor) {
+      const bool bare = name.find('/') == std::string::npos;
+      WriteLine(out, "", verb + Quoted(name) + (bare ? " on the library search path" : ""));
+      verb = "then for ";
+    }
+  };
+  const std::string library = provider.library.empty() ? "" : Quoted(provider.library);
+
+  switch (provider.state) {
+    case ProviderState::NOT_NEEDED:
+      return;
+    case ProviderState::NOT_ASKED:
+      WriteLine(out, "provider", "not asked: the tables are another machine's");
+      return;
+    case ProviderState::NOT_FOUND:
+      WriteLine(out, "provider", "not found: " + provider.reason);
+      writeLookedFor();
+      break;
+    case ProviderState::REJECTED:
+      WriteLine(out, "provider", "found but rejected: " + provider.reason);
+      library.empty() ? writeLookedFor() : WriteLine(out, "", library);
+      break;
+    case ProviderState::INCOMPLETE:
+      WriteLine(out, "provider",
+                "found but required keys missing: " + joined(missingTexts(provider), ", "));
+      WriteLine(out, "", library);
+      break;
+    case ProviderState::IMPORTED:
+      WriteLine(out, "provider", library);
+      return;
+  }
+  WriteLine(out, "note", "Soc_GetCapability answers its first call from these values and all");
+  WriteLine(out, "", "later ones with FAILURE (25); Soc_GetCapabilitySerialized always answers");
+}
+
+void writeTable(std::ostream& out, const std::vector<CapabilityRow>& rows) {
+  // A longer value pushes its own source aside, not everyone's.
+  constexpr std::size_t WIDEST = 32;
+  constexpr int TYPE_WIDTH = 19;
+  std::vector<std::string> values(rows.size());
+  std::ranges::transform(rows, values.begin(), ValueText, &CapabilityRow::value);
+  std::size_t width = 0;
+  for (const std::string& value : values) {
+    width = std::max(width, std::min(value.size(), WIDEST));
+  }
+
+  const auto writeRow = [&](std::string_view component, std::string_view key, std::string_view type,
+                            std::string_view value, std::string_view source) {
+    out << std::left << std::setw(11) << component << std::right << std::setw(3) << key << "  "
+        << std::left << std::setw(TYPE_WIDTH) << type << std::setw(static_cast<int>(width)) << value
+        << "  " << source << '\n';
+  };
+  writeRow("component", "key", "type", "value", "source");
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const CapabilityRow& row = rows[i];
+    writeRow(row.component, std::to_string(row.key), row.type, values[i], row.source);
+  }
+}
+
+SocReport inspect(const MachineTables& tables) {
+  SocReport report{.identify = Identify(tables), .provider = {}};
+  if (report.identify.record.isKnownChip) {
+    report.provider.state = ProviderState::NOT_NEEDED;
+  }
+  return report;
+}
+
+std::string_view answersFrom(const SocReport& report) {
+  if (report.identify.record.isKnownChip) {
+    return "catalogue";
+  }
+  return report.provider.state == ProviderState::IMPORTED ? "provider" : "unknownRow";
+}
+
+Json textOrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
+
+}  // namespace
+
+SocReport InspectThisMachine() {
+  SocReport report = inspect(ReadThisMachine());
+  if (!report.identify.record.isKnownChip) {
+    report.provider = AttemptProvider(report.identify.record);
+  }
+  return report;
+}
+
+SocReport InspectTables(const MachineTables& tables) { return inspect(tables); }
+
+void WriteText(std::ostream& out, const SocReport& report) {
+  WriteLine(out, "chip", chipText(report.identify.record));
+  WriteLine(out, "identifier", identifierText(report.identify));
+  WriteLine(out, "answers", answersText(report));
+  writeProvider(out, report.provider);
+  out << '\n';
+  writeTable(out, CapabilitiesOf(report.identify.record, report.provider));
+}
+
+Json ToJson(const SocReport& report) {
+  const SocInfo& record = report.identify.record;
+  const ProviderReport& provider = report.provider;
+  Json document = {{"schemaVersion", 1},
+                   {"chip",
+                    {{"name", record.name},
+                     {"names", record.nameSet},
+                     {"model", record.socModel},
+                     {"chipId", report.identify.steps.chipId},
+                     {"known", record.isKnownChip}}},
+                   {"answersFrom", answersFrom(report)},
+                   {"provider",
+                    {{"state", StateName(provider.state)},
+                     {"library", textOrNull(provider.library)},
+                     {"lookedFor", provider.lookedFor},
+                     {"reason", textOrNull(provider.reason)},
+                     {"missing", missingTexts(provider)}}},
+                   {"scalarQueriesFail", LeavesQueriesFailing(provider.state)}};
+  if (provider.state == ProviderState::NOT_ASKED) {
+    document["scalarQueriesFail"] = nullptr;
+  }
+  Json& capabilities = document["capabilities"] = Json::array();
+  for (const CapabilityRow& row : CapabilitiesOf(record, provider)) {
+    capabilities.push_back({{"component", row.component},
+                            {"key", row.key},
+                            {"type", row.type},
+                            {"value", row.value},
+                            {"source", row.source}});
+  }
+  return document;
+}
