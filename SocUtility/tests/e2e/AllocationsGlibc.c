@@ -1,0 +1,43 @@
+/* The program's own allocation functions, which the libraries that it loads call too. */
+#include <errno.h>
+
+#include "Host.h"
+
+#define REPLACES __attribute__((visibility("default")))
+
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t count, size_t size);
+void* __libc_realloc(void* block, size_t size);
+
+static uint64_t left;
+static bool failed;
+
+static bool isToFail(void) {
+  if (left == 0 || --left != 0) {
+    return false;
+  }
+  failed = true;
+  errno = ENOMEM;
+  return true;
+}
+
+REPLACES void* malloc(size_t size) { return isToFail() ? NULL : __libc_malloc(size); }
+
+REPLACES void* calloc(size_t count, size_t size) {
+  return isToFail() ? NULL : __libc_calloc(count, size);
+}
+
+REPLACES void* realloc(void* block, size_t size) {
+  return isToFail() ? NULL : __libc_realloc(block, size);
+}
+
+bool HostFailAllocation(uint64_t n) {
+  failed = false;
+  left = n;
+  return true;
+}
+
+bool HostAllocationFailed(void) {
+  left = 0;
+  return failed;
+}

@@ -1,0 +1,94 @@
+#define _GNU_SOURCE
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <malloc.h>
+#include <pthread.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "Host.h"
+
+enum { MAX_THREADS = 64 };
+
+void* HostOpen(const char* path) { return dlopen(path, RTLD_NOW | RTLD_GLOBAL); }
+
+HostFunction HostSymbol(void* module, const char* name) {
+  void* const address = dlsym(module, name);
+  HostFunction function;
+  memcpy(&function, &address, sizeof function);
+  return function;
+}
+
+void HostClose(void* module) { dlclose(module); }
+
+size_t HostRead(const char* path, char* buffer, size_t capacity) {
+  const int file = open(path, O_RDONLY | O_CLOEXEC);
+  size_t length = 0;
+  ssize_t part = 0;
+  while (file >= 0 && (part = read(file, buffer + length, capacity - length)) > 0) {
+    length += (size_t)part;
+  }
+  close(file);
+  return length;
+}
+
+void HostAppend(const char* path, const char* text, size_t length) {
+  const int file = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+  if (write(file, text, length) < 0) {
+    _exit(3);
+  }
+  close(file);
+}
+
+typedef struct {
+  pthread_barrier_t* barrier;
+  void (*task)(void* item);
+  void* item;
+} Start;
+
+static void* runThread(void* argument) {
+  const Start* const start = argument;
+  pthread_barrier_wait(start->barrier);
+  start->task(start->item);
+  return NULL;
+}
+
+bool HostRunTogether(size_t count, void (*task)(void* item), void* items, size_t itemSize) {
+  pthread_t threads[MAX_THREADS];
+  Start starts[MAX_THREADS];
+  pthread_barrier_t barrier;
+  if (count > MAX_THREADS || pthread_barrier_init(&barrier, NULL, (unsigned)count) != 0) {
+    return false;
+  }
+  for (size_t i = 0; i < count; ++i) {
+    starts[i] = (Start){&barrier, task, (char*)items + i * itemSize};
+    if (pthread_create(&threads[i], NULL, runThread, &starts[i]) != 0) {
+      return false;
+    }
+  }
+  for (size_t i = 0; i < count; ++i) {
+    pthread_join(threads[i], NULL);
+  }
+  return pthread_barrier_destroy(&barrier) == 0;
+}
+
+HostUse HostMeasure(void) {
+  HostUse use = {0, 0, 0};
+  /* A line of a file's mapping, and only such a line, has a slash. */
+  static char maps[1 << 20];
+  const size_t length = HostRead("/proc/self/maps", maps, sizeof maps - 1);
+  maps[length] = '\0';
+  for (const char* line = strchr(maps, '/'); line != NULL; line = strchr(line, '/')) {
+    ++use.modules;
+    line += strcspn(line, "\n");
+  }
+  DIR* const files = opendir("/proc/self/fd");
+  while (files != NULL && readdir(files) != NULL) {
+    ++use.handles;
+  }
+  closedir(files);
+  const struct mallinfo2 heap = mallinfo2();
+  use.bytes = heap.uordblks + heap.hblkhd;
+  return use;
+}

@@ -1,0 +1,105 @@
+"""A scenario: the product and perhaps a provider in a fresh folder, and one process of the client.
+
+The folder is the process's working directory and holds
+  lib/           the product, and the provider when it is "beside"
+  app/           the client, and the provider when it is to be found by the platform's search
+  provider.txt   tells the provider how to misbehave (see provider.c)
+  provider.log   what the provider was asked
+"""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+from typing import NamedTuple
+
+PROVIDER = "RzSoCServiceUtils.dll"
+FILL = "a5"
+
+
+class Settings:
+    """Set from the command line before the tests run."""
+
+    library = client = providers = None
+    launcher = []
+    sanitizers = ""
+
+    @classmethod
+    def is_windows(cls):
+        return cls.client.suffix == ".exe"
+
+    @classmethod
+    def product(cls):
+        """The product's path in a scenario, in the form that the client's system takes."""
+        return ("lib\\" if cls.is_windows() else "./lib/") + cls.library.name
+
+
+class Result(NamedTuple):
+    """A query's result; `answer` is what was written to the buffer, in hex."""
+
+    status: int
+    size: int
+    answer: str
+    remarks: tuple = ()
+
+
+def parse_result(line):
+    status, size, written, *remarks = line.split()
+    shown = [] if written == "-" else [written[i : i + 2] for i in range(0, len(written), 2)]
+    while shown and shown[-1] == FILL:
+        shown.pop()
+    return Result(int(status), int(size), "".join(shown), tuple(remarks))
+
+
+class Outcome(NamedTuple):
+    lines: list
+    log: list
+    stderr: str
+
+    def results(self):
+        return [parse_result(line) for line in self.lines]
+
+
+def number(value, size=8):
+    """A number as it stands in an answer."""
+    return value.to_bytes(size, "little", signed=value < 0).hex()
+
+
+def run(commands, provider=None, script=(), place="lib", extra=None, wrapper=()):
+    """Runs the client with these commands and returns the outcome.
+
+    provider: a file of the providers' folder, or the bytes of the provider's file.
+    script: lines of provider.txt. place: the folder that the provider is put in.
+    extra: further files, name to bytes. wrapper: a command to start the client's command with.
+    """
+    with tempfile.TemporaryDirectory() as folder:
+        root = pathlib.Path(folder)
+        for name in ("lib", "app"):
+            (root / name).mkdir()
+        shutil.copy(Settings.library, root / "lib")
+        shutil.copy(Settings.client, root / "app")
+        files = dict(extra or {})
+        if provider is not None:
+            files[f"{place}/{PROVIDER}"] = provider
+        files["provider.txt"] = "".join(line + "\n" for line in script).encode()
+        for name, content in files.items():
+            path = root / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            if isinstance(content, str):
+                shutil.copy(Settings.providers / f"{content}.dll", path)
+            else:
+                path.write_bytes(content)
+        # Windows looks in the program's folder, other systems where they are told.
+        environment = dict(os.environ, LD_LIBRARY_PATH=str(root / "app"))
+        process = subprocess.run(
+            [*wrapper, *Settings.launcher, str(root / "app" / Settings.client.name),
+             Settings.product()],
+            input="".join(command + "\n" for command in commands), cwd=root, env=environment,
+            capture_output=True, text=True, timeout=300, check=False)
+        if process.returncode != 0:
+            raise AssertionError(f"the client ended with {process.returncode}:\n"
+                                 f"{process.stdout[-2000:]}\n{process.stderr[-6000:]}")
+        log = root / "provider.log"
+        lines = log.read_text().splitlines() if log.exists() else []
+        return Outcome(process.stdout.splitlines(), lines, process.stderr)
