@@ -1,0 +1,30 @@
+# Windows ARM64 with an installed LLVM mingw-w64 cross compiler, else with one made out of Zig by
+# scripts/zig/install, which this file runs without letting it fetch anything.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR ARM64)
+
+find_program(ZYN_ARM64_CXX aarch64-w64-mingw32-clang++)
+if(NOT ZYN_ARM64_CXX)
+  execute_process(
+    COMMAND "${CMAKE_CURRENT_LIST_DIR}/../../scripts/zig/install" --local
+    OUTPUT_VARIABLE zyn_zig_bin
+    OUTPUT_STRIP_TRAILING_WHITESPACE
+    RESULT_VARIABLE zyn_zig_failed)
+  if(zyn_zig_failed)
+    message(FATAL_ERROR "no compiler for Windows ARM64: install an aarch64-w64-mingw32-clang++ "
+                        "or run scripts/zig/install")
+  endif()
+  set(ZYN_ARM64_CXX "${zyn_zig_bin}/aarch64-w64-mingw32-clang++" CACHE FILEPATH "" FORCE)
+endif()
+
+string(REGEX REPLACE "clang\\+\\+$" "" zyn_prefix "${ZYN_ARM64_CXX}")
+set(CMAKE_C_COMPILER "${zyn_prefix}clang")
+set(CMAKE_CXX_COMPILER "${ZYN_ARM64_CXX}")
+set(CMAKE_RC_COMPILER "${zyn_prefix}windres")
+set(CMAKE_AR "${zyn_prefix}ar" CACHE FILEPATH "")
+set(CMAKE_RANLIB "${zyn_prefix}ranlib" CACHE FILEPATH "")
+
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
