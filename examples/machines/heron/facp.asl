@@ -1,0 +1,9 @@
+// A known chip.
+Signature : "FACP"
+Table Length : 00000000
+Revision : 01
+Checksum : 00
+Oem ID : "ZYNDEV"
+Oem Table ID : "HERON   "
+Oem Revision : 00000001
+#include "../fadt-fields.inc"
