@@ -21,9 +21,8 @@ FILL = "a5"
 class Settings:
     """Set from the command line before the tests run."""
 
-    library = client = providers = None
+    library = client = providers = machines = None
     launcher = []
-    sanitizers = ""
 
     @classmethod
     def is_windows(cls):
