@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "Diagnostics.h"
+#include "ScalarEncoding.h"
 #include "ZynSystemInfo.h"
 #include "capabilities/KeyTable.h"
 #include "capabilities/SerializedCapability.h"
@@ -76,17 +77,11 @@ std::uint32_t refuseComponent(std::uint64_t component) {
   return UNSUPPORTED_COMPONENT;
 }
 
-/// Numbers and flags, widened to 8 bytes by their own signedness.
+/// Numbers and flags.
 template <class T>
 std::uint32_t writeScalar(T value, void* buffer, std::uint64_t*) {
-  using Wide = std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>;
-  const Wide wide = value;
-  std::memcpy(buffer, &wide, sizeof wide);
-  return SUCCESS;
-}
-
-std::uint32_t writeScalar(float value, void* buffer, std::uint64_t*) {
-  std::memcpy(buffer, &value, sizeof value);
+  const std::uint64_t bits = answerBits(value);
+  std::memcpy(buffer, &bits, ANSWER_WIDTH<T>);
   return SUCCESS;
 }
 

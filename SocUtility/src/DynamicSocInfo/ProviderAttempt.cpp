@@ -18,8 +18,6 @@ bool importFromProvider(SocInfo& record) {
 
 }  // namespace
 
-std::atomic<std::thread::id> ProviderAttempt::runningThread_;
-
 bool IsAcceptedProvider(const ProviderLoader& provider) {
   const bool hasQuery = provider.handle != nullptr && provider.getApiVersion != nullptr &&
                         provider.getCapability != nullptr;

@@ -31,8 +31,13 @@ class ProviderAttempt {
   /// Whether the calling thread is inside an attempt of either query function: a provider that is
   /// being asked, and asks back.
   static bool RunsOnThisThread() noexcept {
-    const std::thread::id running = runningThread_.load(std::memory_order_relaxed);
-    return running != std::thread::id{} && running == std::this_thread::get_id();
+    return RunsOnAnyThread() &&
+           runningThread_.load(std::memory_order_relaxed) == std::this_thread::get_id();
+  }
+
+  /// Whether any thread is inside an attempt.
+  static bool RunsOnAnyThread() noexcept {
+    return runningThread_.load(std::memory_order_relaxed) != std::thread::id{};
   }
 
  private:
@@ -43,7 +48,7 @@ class ProviderAttempt {
 
   /// The thread inside an attempt, of which there is at most one. Unlike a thread-local mark it
   /// costs nothing to read while there is none, and no platform allocates for it.
-  static std::atomic<std::thread::id> runningThread_;
+  static inline std::atomic<std::thread::id> runningThread_{};
 
   std::atomic<bool> recordConfirmed_;
   std::atomic<bool> providerAttempted_{false};

@@ -1,63 +1,8 @@
-// The exported functions: argument checks, the state of each query function, and the boundary that
-// no exception crosses.
+// The exported functions: the boundary that no exception crosses.
 #include "ZynSystemInfo.h"
 
-#include <utility>
-
-#include "Answers.h"
 #include "ProviderAttempt.h"
-#include "capabilities/SocInfo.h"
-#include "chip/ChipCatalogue.h"
-#include "chip/ChipIdentification.h"
-
-namespace {
-
-enum class Query { SCALAR, SERIALIZED };
-
-/// What one query function answers from.
-struct QueryState {
-  explicit QueryState(SocInfo chipRecord)
-      : record(std::move(chipRecord)), attempt(record.isKnownChip) {}
-
-  SocInfo record;
-  ProviderAttempt attempt;
-};
-
-template <Query query>
-SocInfo buildRecord() {
-  // Its own static: an identification that was made is kept even when building the record fails.
-  static const std::uint32_t chipId = IdentifyChip();
-  return BuildChipRecord(chipId);
-}
-
-/// The state of a query function, built by its first call. A call that fails to build it throws,
-/// and the next one builds it.
-template <Query query>
-QueryState& stateOf() {
-  static QueryState state(buildRecord<query>());
-  return state;
-}
-
-/// The call that makes the provider attempt answers from the record however that ended; after that
-/// a record that nobody confirmed is no answer.
-std::uint32_t getCapability(std::uint64_t component, std::uint64_t key, void* buffer,
-                            std::uint64_t* size) {
-  QueryState& state = stateOf<Query::SCALAR>();
-  const bool attemptedNow = state.attempt.MakeOnce(state.record);
-  if (!attemptedNow && !state.attempt.RecordConfirmed()) {
-    return FAILURE;
-  }
-  return AnswerScalar(state.record, component, key, buffer, size);
-}
-
-std::uint32_t getCapabilitySerialized(std::uint64_t component, std::uint64_t key, void* buffer,
-                                      std::uint64_t* size) {
-  QueryState& state = stateOf<Query::SERIALIZED>();
-  state.attempt.MakeOnce(state.record);
-  return AnswerSerialized(state.record, component, key, buffer, size);
-}
-
-}  // namespace
+#include "Queries.h"
 
 std::uint32_t Soc_GetAPIVersion(std::uint8_t* major, std::uint8_t* minor) noexcept {
   *major = 0;
@@ -67,32 +12,18 @@ std::uint32_t Soc_GetAPIVersion(std::uint8_t* major, std::uint8_t* minor) noexce
 
 std::uint32_t Soc_GetCapability(std::uint64_t component, std::uint64_t key, void* buffer,
                                 std::uint64_t* size) noexcept try {
-  if (buffer == nullptr) {
-    *size = sizeof(std::uint64_t);
-    return NULL_BUFFER;
+  if (buffer != nullptr && !ProviderAttempt::RunsOnAnyThread() &&
+      settledAnswers.Write(component, key, buffer, *size)) [[likely]] {
+    return SUCCESS;
   }
-  const std::uint64_t minimum = MinimumSize(component, key);
-  if (*size < minimum) {
-    *size = minimum;
-    return INSUFFICIENT_SIZE;
-  }
-  if (ProviderAttempt::RunsOnThisThread()) {
-    return FAILURE;
-  }
-  return getCapability(component, key, buffer, size);
+  return GetCapability(component, key, buffer, size);
 } catch (...) {
   return FAILURE;
 }
 
 std::uint32_t Soc_GetCapabilitySerialized(std::uint64_t component, std::uint64_t key, void* buffer,
                                           std::uint64_t* size) noexcept try {
-  if (buffer == nullptr) {
-    return NULL_BUFFER;
-  }
-  if (ProviderAttempt::RunsOnThisThread()) {
-    return FAILURE;
-  }
-  return getCapabilitySerialized(component, key, buffer, size);
+  return GetCapabilitySerialized(component, key, buffer, size);
 } catch (...) {
   return FAILURE;
 }

@@ -1,0 +1,36 @@
+#include "ScalarAnswers.h"
+
+#include <type_traits>
+
+#include "ScalarEncoding.h"
+#include "capabilities/KeyTable.h"
+
+static_assert(KeyTable<DspInfo>::COMPONENT == DSP && KeyTable<CpuInfo>::COMPONENT == CPU);
+
+bool ScalarAnswers::Publish(const SocInfo& record) noexcept {
+  Encode(record.dsps.front());
+  Encode(record.gpus.front());
+  Encode(record.cpu);
+  return true;
+}
+
+template <class Record>
+void ScalarAnswers::Encode(const Record& entry) noexcept {
+  constexpr std::size_t KEY_COUNT = KeyTable<Record>::FIELDS.size();
+  static_assert(KEY_COUNT <= KEYS);
+  auto& answers = answers_[KeyTable<Record>::COMPONENT - FIRST_COMPONENT];
+  for (std::size_t key = 0; key < KEY_COUNT; ++key) {
+    visitField<Record>(
+        key,
+        [&]<class T>(T Record::*field) {
+          if constexpr (std::is_arithmetic_v<T>) {
+            constexpr bool IS_FLOAT = std::is_same_v<T, float>;
+            Answer& answer = answers[key];
+            answer.bits = answerBits(entry.*field);
+            (IS_FLOAT ? answer.minimumOfFloat : answer.minimumOfWide)
+                .store(ANSWER_WIDTH<T>, std::memory_order_release);
+          }
+        },
+        [] {});
+  }
+}

@@ -1,0 +1,59 @@
+/// The scalar answers of a record that no longer changes, encoded once: a warm query is a check of
+/// its arguments, one load and one store, whatever the field's type.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "ZynSystemInfo.h"
+#include "capabilities/SocInfo.h"
+
+/// Holds the answers of fixed width, none until they are published. What else a query can end in
+/// (the GPU's name, lists, refusals, buffers that are too small) is left to the query in full.
+class ScalarAnswers {
+ public:
+  /// Makes a record's answers available to all threads; to be called once. Returns true.
+  bool Publish(const SocInfo& record) noexcept;
+
+  /// Writes the answer to `buffer`, which has `capacity` bytes, if there is one and it fits. The
+  /// key is compared as a whole. Returns whether it was written.
+  bool Write(std::uint64_t component, std::uint64_t key, void* buffer,
+             std::uint64_t capacity) const noexcept {
+    const std::uint64_t row = component - FIRST_COMPONENT;
+    if (row >= COMPONENTS || key >= KEYS) {
+      return false;
+    }
+    // The common width is decided by a single comparison: every branch here is felt.
+    const Answer& answer = answers_[row][key];
+    if (capacity >= answer.minimumOfWide.load(std::memory_order_acquire)) [[likely]] {
+      std::memcpy(buffer, &answer.bits, 8);
+      return true;
+    }
+    if (capacity >= answer.minimumOfFloat.load(std::memory_order_acquire)) {
+      std::memcpy(buffer, &answer.bits, 4);
+      return true;
+    }
+    return false;
+  }
+
+ private:
+  static constexpr std::uint64_t FIRST_COMPONENT = DSP;
+  static constexpr std::uint64_t COMPONENTS = CPU - DSP + 1;
+  static constexpr std::uint64_t KEYS = 49;
+  static constexpr std::uint64_t NO_ANSWER = std::numeric_limits<std::uint64_t>::max();
+
+  struct Answer {
+    std::uint64_t bits =
+        0;  ///< The answer's bytes, from the first one on; stored before its minimum.
+    std::atomic<std::uint64_t> minimumOfWide{NO_ANSWER};   ///< Buffer that an 8-byte answer needs.
+    std::atomic<std::uint64_t> minimumOfFloat{NO_ANSWER};  ///< Buffer that a 4-byte answer needs.
+  };
+
+  template <class Record>
+  void Encode(const Record& entry) noexcept;
+
+  std::array<std::array<Answer, KEYS>, COMPONENTS> answers_{};
+};
