@@ -9,7 +9,7 @@ namespace {
 
 /// Held for the whole of every attempt: two imports never run at once, and the dynamic library
 /// layer and the provider calls rely on it.
-constinit std::mutex providerMutex;
+std::mutex providerMutex;
 
 bool importFromProvider(SocInfo& record) {
   ProviderLoader provider(ServiceUtilsOnly);
