@@ -7,7 +7,6 @@ set(ZYN_IMAGE_COMPILE_OPTIONS -ffunction-sections -fdata-sections)
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 if(WIN32)
   enable_language(RC)
-  set(CMAKE_RC_OUTPUT_EXTENSION .obj) # Zig tells an object file by its name
 endif()
 
 # The exports of a Linux image come from the .def file, so that the names stand in one place.
