@@ -1,0 +1,35 @@
+/// Asks the query answers of a record and keeps all that can be seen of them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Answers.h"
+#include "Bytes.h"
+#include "ZynSystemInfo.h"
+
+struct Answer {
+  std::uint32_t status = 0;
+  std::uint64_t size;                    ///< As the query left it.
+  Bytes buffer;                          ///< The whole of it, see `bufferWith`.
+  std::vector<std::string> writes = {};  ///< To standard error, one element a write.
+  std::size_t allocations = 0;           ///< Blocks taken from the heap.
+};
+
+using Query = std::uint32_t (*)(const SocInfo&, std::uint64_t, std::uint64_t, void*,
+                                std::uint64_t*);
+
+/// The buffer behind every query is larger than any answer here.
+inline constexpr std::size_t BUFFER_SIZE = 128;
+
+/// The buffer of an answer that wrote `bytes` and nothing more.
+inline Bytes bufferWith(const Bytes& bytes) { return padded(bytes, BUFFER_SIZE, 0xA5); }
+
+/// `query` is `AnswerScalar` or `AnswerSerialized`; `size` is what it is told of the buffer.
+Answer ask(Query query, const SocInfo& record, std::uint64_t component, std::uint64_t key,
+           std::uint64_t size = BUFFER_SIZE);
+
+/// The record of an unknown chip with the given first entries.
+inline SocInfo recordOf(const DspInfo& dsp, const GpuInfo& gpu = GpuInfo(0), CpuInfo cpu = {}) {
+  return {0, {0}, {}, {dsp}, cpu, {gpu}, 0x1000000000, std::string("UNKNOWN_PLX")};
+}

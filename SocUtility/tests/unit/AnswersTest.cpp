@@ -1,0 +1,211 @@
+// The query answers over components, keys and sizes: status, `*size`, the bytes of the buffer, and
+// the diagnostic lines, each of them one write.
+#include "Answers.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string_view>
+
+#include "AnswerProbe.h"
+#include "ScalarAnswers.h"
+
+namespace {
+
+using Key = std::pair<std::uint64_t, std::uint64_t>;  // component, key
+
+constexpr std::uint64_t HIGH = std::uint64_t{1} << 32;
+
+/// A record with one element in every list.
+SocInfo listRecord() {
+  DspInfo dsp;
+  dsp.cap16 = {5};
+  dsp.cap46 = {{0, 6}};
+  dsp.cap47 = {"seven"};
+  dsp.cap48 = {{0, {"eight", 8}}};
+  return recordOf(dsp);
+}
+
+using Line = std::string_view;
+constexpr Line ANSWERED;
+constexpr Line LIST = "COMPLEX CAPABILITY: [#] PLEASE USE SERIALIZED API!";
+constexpr Line NO_DSP = "DSP_INFO UNSUPPORTED_KEY: #";
+constexpr Line NO_GPU = "GPU_INFO UNSUPPORTED_KEY: #";
+constexpr Line NO_CPU = "CPU_INFO UNSUPPORTED_KEY: #";
+constexpr Line SCALAR_DSP = "NOT A SERIALIZED DSP CAPABILITY: #";
+constexpr Line SCALAR_GPU = "NOT A SERIALIZED GPU CAPABILITY: #";
+constexpr Line SCALAR_CPU = "NOT A SERIALIZED CPU CAPABILITY: #";
+constexpr Line NO_UNIT = "UNSUPPORTED_COMPONENT: #";
+
+/// The answer must be a refusal with `line`, where # stands for `number`, or none.
+void expectLine(Query query, std::uint64_t component, std::uint64_t key, Line line,
+                std::int64_t number) {
+  const Answer answer = ask(query, listRecord(), component, key);
+  if (line == ANSWERED) {
+    EXPECT_EQ(answer.status, SUCCESS);
+    EXPECT_EQ(answer.writes, std::vector<std::string>{});
+    EXPECT_LE(answer.allocations, query == AnswerScalar ? 0U : 1U);
+    EXPECT_NE(answer.buffer, bufferWith({}));
+    return;
+  }
+  std::string expected = std::string(line) + '\n';
+  expected.replace(expected.find('#'), 1, std::to_string(number));
+  EXPECT_EQ(answer.status, line == NO_UNIT ? UNSUPPORTED_COMPONENT : UNSUPPORTED_KEY);
+  EXPECT_EQ(answer.writes, std::vector{expected});
+  EXPECT_EQ(answer.size, BUFFER_SIZE);
+  EXPECT_EQ(answer.buffer, bufferWith({}));
+  EXPECT_EQ(answer.allocations, 0U);
+}
+
+TEST(Answers, OfEveryKeyAndOnePastEachEnd) {
+  struct {
+    std::uint64_t component, firstKey, lastKey;
+    Line scalarLine, serializedLine;
+    std::int64_t number;  ///< In the line of the first key.
+  } const ROWS[] = {
+      {DSP, 0, 0, NO_DSP, NO_DSP, 0},
+      {DSP, 1, 15, ANSWERED, SCALAR_DSP, 1},
+      {DSP, 16, 16, LIST, ANSWERED, 16},
+      {DSP, 17, 34, ANSWERED, SCALAR_DSP, 17},
+      {DSP, 35, 35, NO_DSP, NO_DSP, 35},
+      {DSP, 36, 45, ANSWERED, SCALAR_DSP, 36},
+      {DSP, 46, 48, LIST, ANSWERED, 46},
+      {DSP, 49, 70, NO_DSP, NO_DSP, 49},
+      {DSP, HIGH - 1, HIGH - 1, NO_DSP, NO_DSP, -1},
+      {DSP, HIGH + 1, HIGH + 1, ANSWERED, SCALAR_DSP, 1},
+      {DSP, HIGH + 16, HIGH + 16, LIST, ANSWERED, 16},
+      {GPU, 0, 0, NO_GPU, NO_GPU, 0},
+      {GPU, 1, 12, ANSWERED, SCALAR_GPU, 1},
+      {GPU, 13, 13, ANSWERED, NO_GPU, 13},
+      {GPU, 14, 20, NO_GPU, NO_GPU, 14},
+      {CPU, 0, 0, NO_CPU, NO_CPU, 0},
+      {CPU, 1, 2, ANSWERED, SCALAR_CPU, 1},
+      {CPU, 3, 20, NO_CPU, NO_CPU, 3},
+      {0, 1, 1, NO_UNIT, NO_UNIT, 0},
+      {1, 1, 1, NO_UNIT, NO_UNIT, 1},
+      {4, 16, 16, NO_UNIT, NO_UNIT, 4},
+      {6, 1, 1, NO_UNIT, NO_UNIT, 6},
+      {HIGH + 2, 16, 16, NO_UNIT, NO_UNIT, 2},
+      {HIGH / 2, 1, 1, NO_UNIT, NO_UNIT, -2147483648},
+  };
+  for (const auto& row : ROWS) {
+    std::int64_t number = row.number;
+    for (std::uint64_t key = row.firstKey; key <= row.lastKey; ++key, ++number) {
+      SCOPED_TRACE(testing::Message() << "component " << row.component << " key " << key);
+      expectLine(AnswerScalar, row.component, key, row.scalarLine, number);
+      expectLine(AnswerSerialized, row.component, key, row.serializedLine, number);
+    }
+  }
+}
+
+TEST(Answers, MinimumSizeGoesByWholeNumbers) {
+  const std::map<Key, std::uint64_t> others = {
+      {{GPU, 4}, 12}, {{DSP, 16}, 16}, {{DSP, 43}, 4}, {{DSP, 44}, 4}};
+  for (std::uint64_t component = 0; component <= 7; ++component) {
+    for (std::uint64_t key = 0; key <= 60; ++key) {
+      const auto other = others.find({component, key});
+      const std::uint64_t minimum = other == others.end() ? 8 : other->second;
+      EXPECT_EQ(MinimumSize(component, key), minimum) << component << " " << key;
+      EXPECT_EQ(MinimumSize(component + HIGH, key), 8U) << component << " " << key;
+      EXPECT_EQ(MinimumSize(component, key + HIGH), 8U) << component << " " << key;
+    }
+  }
+}
+
+TEST(Answers, GpuNameNeedsRoomForItsNul) {
+  const std::string longName(60, 'n');
+  struct {
+    std::string name;
+    std::uint64_t size;
+    std::uint32_t status;
+  } const ROWS[] = {
+      {"", 12, SUCCESS},
+      {"eleven char", 12, SUCCESS},
+      {"twelve chars", 12, INSUFFICIENT_SIZE},
+      {"twelve chars", 13, SUCCESS},
+      {longName, 60, INSUFFICIENT_SIZE},
+      {longName, 61, SUCCESS},
+  };
+  for (const auto& row : ROWS) {
+    SCOPED_TRACE(testing::Message() << row.name << ", " << row.size);
+    GpuInfo gpu(0);
+    gpu.name = row.name;
+    const Answer answer = ask(AnswerScalar, recordOf({}, gpu), GPU, 4, row.size);
+    const Bytes text = Bytes(row.name.begin(), row.name.end()) + Bytes{0};
+    EXPECT_EQ(answer.status, row.status);
+    EXPECT_EQ(answer.size, text.size());
+    EXPECT_EQ(answer.buffer, bufferWith(row.status == SUCCESS ? text : Bytes{}));
+    EXPECT_TRUE(answer.writes.empty());
+    EXPECT_EQ(answer.allocations, 0U);
+  }
+}
+
+TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
+  DspInfo dsp;
+  dsp.cap1 = -1;
+  dsp.cap15 = 0xFFFFFFFF;
+  dsp.cap43 = 1.5F;
+  const SocInfo record = recordOf(dsp, GpuInfo(-2), {.cap1 = -3, .cap2 = 1});
+  ScalarAnswers answers;
+  Bytes buffer = bufferWith({});
+  EXPECT_FALSE(answers.Write(DSP, 1, buffer.data(), BUFFER_SIZE)) << "none are published";
+  EXPECT_TRUE(answers.Publish(record));
+  for (const std::uint64_t high : {std::uint64_t{0}, HIGH}) {
+    for (std::uint64_t component = 0; component <= 7; ++component) {
+      for (std::uint64_t key = 0; key <= 70; ++key) {
+        const Answer inFull = ask(AnswerScalar, record, component, key);
+        const bool isHeld =
+            inFull.status == SUCCESS && Key{component, key} != Key{GPU, 4} && high == 0;
+        for (const std::uint64_t capacity : {0U, 3U, 4U, 7U, 8U, 128U}) {
+          SCOPED_TRACE(testing::Message() << component << " " << key << " " << capacity);
+          const bool expected = isHeld && capacity >= MinimumSize(component, key);
+          buffer = bufferWith({});
+          EXPECT_EQ(answers.Write(component, high + key, buffer.data(), capacity), expected);
+          EXPECT_EQ(buffer, expected ? inFull.buffer : bufferWith({}));
+          EXPECT_FALSE(answers.Write(HIGH + component, key, buffer.data(), capacity));
+        }
+      }
+    }
+  }
+}
+
+TEST(Answers, ListsNeedRoomForEveryByte) {
+  const std::map<std::uint32_t, std::uint64_t> sizes = {{16, 8}, {46, 8}, {47, 36}, {48, 40}};
+  for (const auto& [key, required] : sizes) {
+    SCOPED_TRACE(key);
+    const Answer tooSmall = ask(AnswerSerialized, listRecord(), DSP, key, required - 1);
+    EXPECT_EQ(tooSmall.status, INSUFFICIENT_SIZE);
+    EXPECT_EQ(tooSmall.size, required);
+    EXPECT_EQ(tooSmall.buffer, bufferWith({}));
+    EXPECT_EQ(tooSmall.writes,
+              std::vector{"INSUFFICIENT_SIZE FOR KEY: " + std::to_string(key) + "\n"});
+    EXPECT_EQ(tooSmall.allocations, 0U);
+
+    const Answer fits = ask(AnswerSerialized, listRecord(), DSP, key, required);
+    EXPECT_EQ(fits.status, SUCCESS);
+    EXPECT_EQ(fits.size, required);
+
+    const Answer empty = ask(AnswerSerialized, recordOf({}), DSP, key, 0);
+    EXPECT_EQ(empty.status, SUCCESS);
+    EXPECT_EQ(empty.size, 0U);
+    EXPECT_EQ(empty.buffer, bufferWith({}));
+  }
+}
+
+TEST(Answers, FailForANameThatNoEntryHolds) {
+  const std::string tooLong(32, 'n');
+  DspInfo dsp;
+  dsp.cap47 = {"fits", tooLong};
+  dsp.cap48 = {{0, {"fits", 1}}, {1, {tooLong, 2}}};
+  for (const std::uint32_t key : {47U, 48U}) {
+    const Answer answer = ask(AnswerSerialized, recordOf(dsp), DSP, key);
+    EXPECT_EQ(answer.status, FAILURE);
+    EXPECT_EQ(answer.size, 0xFFFFFFFFFFFFFFFF);
+    EXPECT_EQ(answer.buffer, bufferWith({}));
+    EXPECT_EQ(answer.writes,
+              std::vector{"INSUFFICIENT_SIZE FOR KEY: " + std::to_string(key) + "\n"});
+    EXPECT_EQ(ask(AnswerSerialized, recordOf(dsp), DSP, key, 71).status, INSUFFICIENT_SIZE);
+  }
+}
+
+}  // namespace
