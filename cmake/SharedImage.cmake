@@ -1,10 +1,8 @@
-# zyn_shared_image(target [MAX_SIZE bytes]) turns a shared library target into the delivered image
+# zyn_shared_image(target MAX_SIZE bytes) turns a shared library target into the delivered image
 # ZynSystemInfo.dll or libZynSystemInfo.so: exports exactly the names of ZynSystemInfo.def, carries
-# its C++ runtime inside, drops unused code, has on Windows a version resource, and is checked
-# after each link by scripts/check-image. Compile the objects with ZYN_IMAGE_COMPILE_OPTIONS.
+# its C++ runtime inside, drops unused code, and has a version resource on Windows. Builds that test
+# or cross-compile check each image that they link with scripts/check-image.
 set(ZYN_IMAGE_DIR "${CMAKE_CURRENT_LIST_DIR}")
-set(ZYN_IMAGE_COMPILE_OPTIONS -ffunction-sections -fdata-sections)
-find_package(Python3 REQUIRED COMPONENTS Interpreter)
 if(WIN32)
   enable_language(RC)
 endif()
@@ -24,43 +22,60 @@ function(zyn_add_version_resource target)
   target_sources(${target} PRIVATE "${rc}")
 endfunction()
 
+# The C++ runtime is part of the image and hidden in it: a C process pays nothing for it. Sanitizers
+# bring runtimes of their own, which a program shares with its libraries.
+function(zyn_link_runtime_statically target)
+  if(WIN32)
+    target_link_options(${target} PRIVATE -static)
+  else()
+    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+  endif()
+endfunction()
+
+function(zyn_check_image target max_size)
+  find_package(Python3 REQUIRED COMPONENTS Interpreter)
+  set(options --def "${ZYN_IMAGE_DIR}/ZynSystemInfo.def")
+  if(WIN32)
+    list(APPEND options --machine ${CMAKE_SYSTEM_PROCESSOR} --version ${PROJECT_VERSION})
+  endif()
+  if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    list(APPEND options --max-size ${max_size})
+  endif()
+  add_custom_command(
+    TARGET ${target} POST_BUILD
+    COMMAND "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/scripts/check-image" ${options}
+            "$<TARGET_FILE:${target}>"
+    VERBATIM)
+endfunction()
+
 function(zyn_shared_image target)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "MAX_SIZE" "")
   set(def "${ZYN_IMAGE_DIR}/ZynSystemInfo.def")
-  set(check_options --def "${def}")
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ZynSystemInfo)
   target_link_options(${target} PRIVATE -Wl,--gc-sections)
-  if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT ZYN_SANITIZERS)
     target_link_options(${target} PRIVATE -s)
   endif()
 
   if(WIN32)
     set_target_properties(${target} PROPERTIES PREFIX "")
     target_sources(${target} PRIVATE "${def}")
-    target_link_options(${target} PRIVATE -static
-                        -Wl,--dynamicbase,--nxcompat,--high-entropy-va)
-    target_link_libraries(${target} PRIVATE advapi32)
+    target_link_options(${target} PRIVATE -Wl,--dynamicbase,--nxcompat,--high-entropy-va)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      target_link_options(${target} PRIVATE -Wl,--no-insert-timestamp)
+    endif()
     zyn_add_version_resource(${target})
-    list(APPEND check_options --machine ${CMAKE_SYSTEM_PROCESSOR} --version ${PROJECT_VERSION})
   else()
     set(map "${CMAKE_CURRENT_BINARY_DIR}/ZynSystemInfo.map")
     zyn_write_version_script("${def}" "${map}")
-    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc
-                        "-Wl,--version-script,${map}" -Wl,-z,relro,-z,now)
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${map}")
+    target_link_options(${target} PRIVATE "-Wl,--version-script,${map}" -Wl,-z,relro,-z,now)
   endif()
 
-  if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # libstdc++'s terminate handler prints a demangled type name: 70 KB of code for one message.
-    target_link_options(${target} PRIVATE -Wl,--no-insert-timestamp
-                        -Wl,--defsym,_ZN9__gnu_cxx27__verbose_terminate_handlerEv=abort)
+  if(NOT ZYN_SANITIZERS)
+    zyn_link_runtime_statically(${target})
+    if(ZYN_BUILD_TESTS OR WIN32)
+      zyn_check_image(${target} ${arg_MAX_SIZE})
+    endif()
   endif()
-
-  if(arg_MAX_SIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
-    list(APPEND check_options --max-size ${arg_MAX_SIZE})
-  endif()
-  add_custom_command(
-    TARGET ${target} POST_BUILD
-    COMMAND "${Python3_EXECUTABLE}" "${ZYN_IMAGE_DIR}/../scripts/check-image" ${check_options}
-            "$<TARGET_FILE:${target}>"
-    VERBATIM)
 endfunction()
