@@ -7,6 +7,7 @@
 #include "AllocationFault.h"
 #include "Machine.h"
 #include "OwnProcess.h"
+#include "provider/DynamicLibrary.h"
 
 namespace {
 
@@ -109,6 +110,14 @@ TEST(ProviderLoader, AsksAServiceUtilitiesProviderForItsTwoExports) {
     EXPECT_EQ(machine.CallsOf("GetProcAddress"), row.asked);
     EXPECT_EQ(machine.calls.back(), "FreeLibrary " + UTILS);
   }
+}
+
+TEST(ProviderLoader, HidesTheProviderFromLookupsInAllModules) {
+  Machine machine;
+  install(machine, {UTILS});
+  const ProviderLoader loader(ServiceUtilsOnly);
+  EXPECT_NE(loader.handle, nullptr);
+  EXPECT_EQ(dlSym(DL_DEFAULT, "Soc_GetCapability"), nullptr);
 }
 
 TEST(ProviderLoader, MakesTheBestOfTheFailureOfAnyCall) {
