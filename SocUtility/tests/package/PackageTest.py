@@ -1,0 +1,121 @@
+"""The installed package, moved to another place and used by programs that know nothing of the build.
+
+The example provider stands beside the library, since the chip of a development machine is unknown.
+"""
+
+import argparse
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import unittest
+
+options = None
+
+
+def run(*command, **keywords):
+    """The standard output of a command that must succeed."""
+    result = subprocess.run([str(part) for part in command], capture_output=True, text=True,
+                            timeout=240, **keywords)
+    if result.returncode:
+        raise AssertionError(f"{command}: {result.stdout}{result.stderr}")
+    return result.stdout
+
+
+def built_for_windows():
+    return options.provider.read_bytes().startswith(b"MZ")
+
+
+def compiler_arguments():
+    if options.toolchain:
+        return [f"-DCMAKE_TOOLCHAIN_FILE={options.toolchain}"]
+    return [f"-DCMAKE_CXX_COMPILER={options.cxx_compiler}"]
+
+
+class PackageTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        shutil.rmtree(options.work, ignore_errors=True)
+        run("cmake", "--install", options.build, "--prefix", options.work / "staged")
+        cls.prefix = (options.work / "staged").rename(options.work / "moved")
+        cls.files = sorted(path for path in cls.prefix.rglob("*") if path.is_file())
+
+    def file(self, name):
+        found = [path for path in self.files if path.name == name]
+        self.assertEqual(len(found), 1, f"{name} in {self.files}")
+        return found[0]
+
+    def test_cpp_client_is_built_through_the_cmake_package(self):
+        build = options.work / "cpp-client"
+        run("cmake", "-G", "Ninja", "-S", options.source / "examples" / "cpp-client", "-B", build,
+            f"-DCMAKE_PREFIX_PATH={self.prefix}", *compiler_arguments())
+        run("cmake", "--build", build)
+        if built_for_windows():
+            client, beside = build / "cpp-client.exe", build
+        else:
+            client, beside = build / "cpp-client", self.file("libZynSystemInfo.so").parent
+        provider = shutil.copy(options.provider, beside)
+        self.addCleanup(pathlib.Path(provider).unlink)
+        interface = options.version.rpartition(".")[0]
+        self.assertEqual(run(*options.launcher.split(), client).splitlines(), [
+            f"package {options.version}, interface {interface}",
+            "GPU 4: Turnstone 860",
+            "CPU 2: 17179869184",
+        ])
+
+    def test_c_client_is_built_through_pkg_config(self):
+        if built_for_windows():
+            self.skipTest("pkg-config describes libraries of the host")
+        search = {"PKG_CONFIG_PATH": str(self.file("ZynSystemInfo.pc").parent), "PATH": "/usr/bin"}
+        flags = run("pkg-config", "--cflags", "--libs", "ZynSystemInfo", env=search).split()
+        client = options.work / "c-client"
+        run(options.c_compiler, "-std=c99", options.source / "examples" / "c-client" / "client.c",
+            "-o", client, *flags)
+        library = self.file("libZynSystemInfo.so").parent
+        start = {"LD_LIBRARY_PATH": str(library)}
+
+        alone = subprocess.run([client], capture_output=True, text=True, env=start, timeout=60)
+        self.assertEqual((alone.returncode, alone.stdout), (1, "GPU 4: Unknown\n"))
+        self.assertIn("DSP 3: status 25", alone.stderr)
+
+        provider = shutil.copy(options.provider, library)
+        self.addCleanup(pathlib.Path(provider).unlink)
+        self.assertEqual(run(client, env=start).splitlines(),
+                         ["GPU 4: Turnstone 860", "DSP 3: 68", "DSP 16: 1 2 4 6"])
+
+    def test_all_tell_one_version(self):
+        description = self.file("ZynSystemInfo.pc").read_text()
+        changes = self.file("CHANGELOG.md").read_text()
+        self.assertEqual(re.search("^Version: (.*)$", description, re.M)[1], options.version)
+        self.assertEqual(re.search("^## ([0-9.]+)", changes, re.M)[1], options.version)
+        tool = [path for path in self.files if path.stem == "soc-info"]
+        for path in tool:
+            told = run(*options.launcher.split(), path, "--version").strip()
+            self.assertEqual(told, f"soc-info {options.version}")
+
+    def test_no_description_names_a_directory_of_the_building_machine(self):
+        for path in self.files:
+            if path.suffix in {".cmake", ".pc", ".h"}:
+                for directory in (options.source, options.build, options.work):
+                    self.assertNotIn(str(directory), path.read_text(), path)
+
+    def test_archive_holds_what_is_installed(self):
+        folder = options.work / "archive"
+        run("cpack", "--config", options.build / "CPackConfig.cmake", "-B", folder)
+        archives = [path for path in folder.iterdir() if path.suffix in {".gz", ".zip"}]
+        self.assertEqual(len(archives), 1)
+        shutil.unpack_archive(archives[0], folder / "unpacked")
+        [top] = (folder / "unpacked").iterdir()
+        unpacked = sorted(path.relative_to(top) for path in top.rglob("*") if path.is_file())
+        self.assertEqual(unpacked, [path.relative_to(self.prefix) for path in self.files])
+
+
+if __name__ == "__main__":
+    parser = argparse.ArgumentParser(description=__doc__)
+    for name in ("source", "build", "work", "provider"):
+        parser.add_argument(f"--{name}", type=pathlib.Path, required=True)
+    for name in ("version", "c-compiler", "cxx-compiler", "toolchain", "launcher"):
+        parser.add_argument(f"--{name}", required=True)
+    options, rest = parser.parse_known_args()
+    unittest.main(argv=[sys.argv[0], *rest])

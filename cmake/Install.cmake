@@ -1,0 +1,53 @@
+# What `cmake --install` and `cpack` deliver. Nothing installed names a directory of the machine
+# that built it, so an installed tree may be moved as a whole.
+if(NOT PROJECT_IS_TOP_LEVEL)
+  return()
+endif()
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ZynSystemInfo)
+target_sources(ZynSystemInfo INTERFACE
+  FILE_SET HEADERS BASE_DIRS SocUtility/include FILES SocUtility/include/ZynSystemInfo.h)
+install(TARGETS ZynSystemInfo EXPORT ZynSystemInfoTargets FILE_SET HEADERS)
+install(EXPORT ZynSystemInfoTargets
+  NAMESPACE ZynSystemInfo::
+  FILE ZynSystemInfoConfig.cmake
+  DESTINATION ${package_dir})
+
+# Before 1.0 every minor version may break its users.
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZynSystemInfoConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/ZynSystemInfoConfigVersion.cmake DESTINATION ${package_dir})
+
+set(pkg_config_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH PKG_CONFIG_TO_PREFIX ${pkg_config_dir} ${CMAKE_INSTALL_PREFIX})
+file(RELATIVE_PATH PREFIX_TO_LIB ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
+file(RELATIVE_PATH PREFIX_TO_INCLUDE ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+configure_file(cmake/ZynSystemInfo.pc.in ${PROJECT_BINARY_DIR}/ZynSystemInfo.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/ZynSystemInfo.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+if(ZYN_BUILD_TOOLS)
+  install(TARGETS soc-info)
+endif()
+
+# Laid out as in the source tree, so that the links in the texts hold.
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY examples/c-client examples/cpp-client examples/python examples/provider
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
+  PATTERN "__pycache__" EXCLUDE
+  REGEX "(c-client|provider)/CMakeLists.txt$" EXCLUDE) # parts of this build
+
+string(TOLOWER "${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}" platform)
+set(CPACK_PACKAGE_VENDOR "The ZynSystemInfo developers")
+set(CPACK_PACKAGE_FILE_NAME ZynSystemInfo-${PROJECT_VERSION}-${platform})
+set(CPACK_PACKAGE_CHECKSUM SHA256)
+set(CPACK_VERBATIM_VARIABLES ON)
+if(WIN32)
+  set(CPACK_GENERATOR ZIP)
+else()
+  set(CPACK_GENERATOR TGZ)
+endif()
+include(CPack)

@@ -1,0 +1,179 @@
+"""What the system-on-chip of this machine can do, by numbered capability.
+
+    info = SystemInfo()
+    info.get(Component.GPU, 4)      # 'Stilt 740'
+    info.get(Component.DSP, 3)      # 73
+    info.get_list(Component.DSP, 16)  # [Value(dsp=0, value=6)]
+
+A query that is refused raises the class that is named after its status, a SocError. This file needs
+nothing but Python 3.8 and the library, ZynSystemInfo.dll or libZynSystemInfo.so.
+"""
+
+import ctypes
+import enum
+import os
+import struct
+import sys
+from typing import List, NamedTuple, Optional, Tuple, Union
+
+
+class Component(enum.IntEnum):
+    """What a capability belongs to."""
+
+    DSP = 2
+    GPU = 3
+    CPU = 5
+
+
+class SocError(Exception):
+    """A query that failed. `status` is the library's status code."""
+
+    status = -1
+
+
+class UnsupportedComponent(SocError):
+    """The component is none of DSP, GPU and CPU."""
+
+    status = 2
+
+
+class UnsupportedKey(SocError):
+    """The key is no capability of the component, or a list asked of get() and the reverse."""
+
+    status = 3
+
+
+class InsufficientSize(SocError):
+    """The buffer was too small; this module asks again with a larger one, so it is not seen."""
+
+    status = 4
+
+
+class NullBuffer(SocError):
+    """No buffer was given; this module always gives one."""
+
+    status = 7
+
+
+class Failure(SocError):
+    """The answer could not be produced: for get() most often an unknown chip without a provider."""
+
+    status = 25
+
+
+_ERRORS = {error.status: error for error in SocError.__subclasses__()}
+
+
+class Value(NamedTuple):
+    """An entry of DSP lists 16 and 46."""
+
+    dsp: int  # index of the DSP
+    value: int
+
+
+class Name(NamedTuple):
+    """An entry of DSP list 47."""
+
+    dsp: int
+    name: str
+
+
+class NamedValue(NamedTuple):
+    """An entry of DSP list 48."""
+
+    dsp: int
+    value: int
+    name: str
+
+
+Entry = Union[Value, Name, NamedValue]
+
+_LAYOUTS = {16: (Value, "<II"), 46: (Value, "<II"), 47: (Name, "<I32s"), 48: (NamedValue, "<II32s")}
+_FLOATS = {(Component.DSP, 43), (Component.DSP, 44)}
+_NAME = (Component.GPU, 4)
+_SIGNED = {(Component.DSP, key) for key in (1, 2, 3, 41, 45)} | {
+    (Component.GPU, 1), (Component.CPU, 1)}
+
+
+def parse_list(key: int, data: bytes) -> List[Entry]:
+    """The entries of a DSP list (key 16, 46, 47 or 48) from its bytes.
+
+    Raises KeyError for another key and ValueError where the bytes are no such list.
+    """
+    entry_type, layout = _LAYOUTS[key]
+    if len(data) % struct.calcsize(layout):
+        raise ValueError(f"{len(data)} bytes are no whole entries of list {key}")
+    return [entry_type(*map(_text_or_number, fields)) for fields in struct.iter_unpack(layout, data)]
+
+
+def _text_or_number(field: Union[int, bytes]) -> Union[int, str]:
+    if isinstance(field, int):
+        return field
+    text, end, _ = field.partition(b"\0")
+    if not end:
+        raise ValueError("a name without a NUL")
+    return text.decode("utf-8", "replace")
+
+
+class SystemInfo:
+    """A loaded library. May be shared by threads; a query releases the interpreter's lock."""
+
+    def __init__(self, library: Optional[str] = None) -> None:
+        """Loads `library`, a path; without one, the library beside this file or, where there is
+        none, the one that the system's own search finds. Raises OSError.
+        """
+        # With a bare name Windows would search the program's directory and not this file's.
+        self._library = ctypes.CDLL(library or _default_library())
+        byte = ctypes.POINTER(ctypes.c_uint8)
+        self._library.Soc_GetAPIVersion.argtypes = [byte, byte]
+        for query in (self._library.Soc_GetCapability, self._library.Soc_GetCapabilitySerialized):
+            query.argtypes = [ctypes.c_uint64, ctypes.c_uint64, ctypes.c_void_p,
+                              ctypes.POINTER(ctypes.c_uint64)]
+            query.restype = ctypes.c_uint32
+
+    def api_version(self) -> Tuple[int, int]:
+        """The interface's version: major and minor number."""
+        major, minor = ctypes.c_uint8(), ctypes.c_uint8()
+        self._library.Soc_GetAPIVersion(ctypes.byref(major), ctypes.byref(minor))
+        return major.value, minor.value
+
+    def get(self, component: int, key: int) -> Union[int, float, str]:
+        """A scalar capability: DSP keys 43 and 44 are float, GPU key 4 is str, all others are int
+        (0 or 1 for a flag). Raises UnsupportedComponent, UnsupportedKey or Failure.
+        """
+        answer = self._ask(self._library.Soc_GetCapability, component, key, 64)
+        if (component, key) == _NAME:
+            return answer.partition(b"\0")[0].decode("utf-8", "replace")
+        if (component, key) in _FLOATS:
+            return struct.unpack_from("<f", answer)[0]
+        return int.from_bytes(answer[:8], "little", signed=(component, key) in _SIGNED)
+
+    def get_list(self, component: int, key: int) -> List[Entry]:
+        """A list capability: of Value (DSP keys 16 and 46), Name (47) or NamedValue (48).
+
+        Raises UnsupportedComponent, UnsupportedKey or Failure.
+        """
+        # Lists that outgrow this are answered too, but put a line on standard error first.
+        answer = self._ask(self._library.Soc_GetCapabilitySerialized, component, key, 4096)
+        return parse_list(key, answer)
+
+    @staticmethod
+    def _ask(query, component: int, key: int, capacity: int) -> bytes:
+        """The first `*size` bytes at the buffer after a successful query."""
+        while True:
+            buffer = ctypes.create_string_buffer(capacity)
+            size = ctypes.c_uint64(capacity)
+            status = query(component, key, buffer, ctypes.byref(size))
+            if status == 0:
+                return buffer.raw[:size.value]
+            if status != InsufficientSize.status or size.value <= capacity:
+                error = _ERRORS.get(status, SocError)(f"{component} {key}: status {status}")
+                error.status = status
+                raise error
+            capacity = size.value
+
+
+def _default_library() -> str:
+    name = "ZynSystemInfo.dll" if sys.platform == "win32" else "libZynSystemInfo.so"
+    beside = os.path.join(os.path.dirname(os.path.abspath(__file__)), name)
+    return beside if os.path.exists(beside) else name
