@@ -2,6 +2,7 @@
 
 import argparse
 import pathlib
+import subprocess
 import sys
 import unittest
 
@@ -24,7 +25,11 @@ def main():
     Settings.providers = options.providers.resolve()
     Settings.machines = options.machines.resolve()
     Settings.launcher = options.launcher.split()
-    unittest.main(argv=[sys.argv[0], *rest])
+    # The first process through a launcher may start a whole system, which ends with the last one:
+    # this one stays until all tests have run.
+    with subprocess.Popen([*Settings.launcher, Settings.client, Settings.library],
+                          stdin=subprocess.PIPE):
+        unittest.main(argv=[sys.argv[0], *rest])
 
 
 if __name__ == "__main__":

@@ -37,9 +37,13 @@ class Lifetime(Tests):
         before, after = (list(map(int, outcome.lines.pop(at).split())) for at in (20, -1))
         self.assert_results(outcome, *[SCALAR_IMPORTED, LIST_IMPORTED] * 110)
         self.assertEqual(["load", "unload"] * 220, loads(outcome))
-        self.assertEqual(before[:2], after[:2], "handles and modules")
-        # A single small block a round would show; the heap's own bookkeeping does not.
-        self.assertLess(after[2] - before[2], 64 << 10 if Settings.is_windows() else 1 << 10)
+        handles, modules, memory = (then - now for now, then in zip(before, after, strict=True))
+        self.assertEqual(0, modules)
+        # winpthread, which GCC links into a Windows image, keeps two handles for a thread that used
+        # it when the image is unloaded.
+        self.assertLessEqual(handles, 2 * 100 if Settings.is_windows() else 0)
+        # Blocks where they are counted, so that one lost each time shows; on Windows whole pages.
+        self.assertLess(memory, 1 << 20 if Settings.is_windows() else 1 << 10)
 
     def test_any_allocation_may_fail(self):
         rows = {SCALAR: (SCALAR_IMPORTED, {SCALAR_IMPORTED, SCALAR_DEFAULT, REFUSED}),
