@@ -2,7 +2,6 @@
 
 #include <array>
 #include <charconv>
-#include <concepts>
 
 #include "capabilities/KeyTable.h"
 #include "capabilities/SerializedCapability.h"
@@ -10,7 +9,7 @@
 namespace {
 
 template <class T>
-constexpr std::string_view TYPE_NAME = "";
+constexpr std::string_view TYPE_NAME{};
 template <>
 constexpr std::string_view TYPE_NAME<std::int32_t> = "i32";
 template <>
@@ -74,8 +73,23 @@ void addRows(std::vector<CapabilityRow>& rows, const Record& entry, const auto& 
 /// The shortest digits that give the float back.
 std::string floatText(float number) {
   std::array<char, 32> digits;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+  auto* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
   return {digits.data(), end};
+}
+
+std::string scalarText(const Json& value) {
+  if (value.is_number_float()) {
+    return floatText(value.get<float>());
+  }
+  return value.is_string() ? Quoted(value.get<std::string>()) : value.dump();
+}
+
+/// A value that is no list: a named one, or a scalar.
+std::string elementText(const Json& value) {
+  if (value.is_object()) {
+    return scalarText(value.at("name")) + ": " + scalarText(value.at("value"));
+  }
+  return scalarText(value);
 }
 
 }  // namespace
@@ -106,18 +120,12 @@ std::string_view ComponentName(std::uint32_t component) {
 }
 
 std::string ValueText(const Json& value) {
-  if (value.is_number_float()) {
-    return floatText(value.get<float>());
-  }
-  if (value.is_object()) {
-    return ValueText(value.at("name")) + ": " + ValueText(value.at("value"));
-  }
   if (!value.is_array()) {
-    return value.is_string() ? Quoted(value.get<std::string>()) : value.dump();
+    return elementText(value);
   }
   std::string text = "[";
   for (const Json& element : value) {
-    text += (text.size() > 1 ? ", " : "") + ValueText(element);
+    text += (text.size() > 1 ? ", " : "") + elementText(element);
   }
   return text + ']';
 }

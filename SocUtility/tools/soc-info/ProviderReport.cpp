@@ -76,10 +76,9 @@ ProviderReport AttemptProvider(SocInfo& record) {
   if (provider.getApiVersion != nullptr) {
     report.library = modulePathOf(provider.getApiVersion);
   }
-  if (!IsAcceptedProvider(provider)) {
+  report.reason = WhyRejected(provider);
+  if (!report.reason.empty()) {
     report.state = ProviderState::REJECTED;
-    report.reason = provider.getApiVersion == nullptr ? "it lacks the export Soc_GetAPIVersion"
-                                                      : "it lacks the export Soc_GetCapability";
     return report;
   }
 
@@ -91,6 +90,14 @@ ProviderReport AttemptProvider(SocInfo& record) {
     report.reason = "required keys missing";
   }
   return report;
+}
+
+std::string_view WhyRejected(const ProviderLoader& provider) {
+  if (IsAcceptedProvider(provider)) {
+    return {};
+  }
+  return provider.getApiVersion == nullptr ? "it lacks the export Soc_GetAPIVersion"
+                                           : "it lacks the export Soc_GetCapability";
 }
 
 std::string_view StateName(ProviderState state) {

@@ -9,11 +9,13 @@
 #include <vector>
 
 #include "capabilities/SocInfo.h"
+#include "provider/ProviderLoader.h"
 
 struct CapabilityKey {
   std::uint32_t component;
   std::uint32_t key;
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): it takes the 0 inside the comparison for a pointer
   auto operator<=>(const CapabilityKey&) const = default;
 };
 
@@ -38,6 +40,9 @@ struct ProviderReport {
 /// Makes the attempt for a record of the unknown row, and writes the provider's answers into it:
 /// also those of an import that does not count, as the library does.
 ProviderReport AttemptProvider(SocInfo& record);
+
+/// Why an import does not ask a service-utilities provider that was loaded; empty when it does.
+std::string_view WhyRejected(const ProviderLoader& provider);
 
 /// Whether `Soc_GetCapability` answers `FAILURE` after the call that made such an attempt.
 constexpr bool LeavesQueriesFailing(ProviderState state) {

@@ -66,6 +66,9 @@ void writeProvider(std::ostream& out, const ProviderReport& provider) {
       verb = "then for ";
     }
   };
+  const auto writeHint = [&] {
+    WriteLine(out, "", "soc-info check-provider FILE tells what such a library answers");
+  };
   const std::string library = provider.library.empty() ? "" : Quoted(provider.library);
 
   switch (provider.state) {
@@ -81,11 +84,13 @@ void writeProvider(std::ostream& out, const ProviderReport& provider) {
     case ProviderState::REJECTED:
       WriteLine(out, "provider", "found but rejected: " + provider.reason);
       library.empty() ? writeLookedFor() : WriteLine(out, "", library);
+      writeHint();
       break;
     case ProviderState::INCOMPLETE:
       WriteLine(out, "provider",
                 "found but required keys missing: " + joined(missingTexts(provider), ", "));
       WriteLine(out, "", library);
+      writeHint();
       break;
     case ProviderState::IMPORTED:
       WriteLine(out, "provider", library);

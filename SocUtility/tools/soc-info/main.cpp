@@ -1,8 +1,9 @@
 // soc-info: tells what the library finds out on a machine, and why it finds out no more.
 //
-// Exit status: 0; 1 when something of this system failed (memory, the output); 2 for bad arguments
-// and for files that are missing or unusable.
+// Exit status: 0; 1 when something of this system failed (memory, the output), and for a provider
+// whose import would not count; 2 for bad arguments and for files that are missing or unusable.
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -10,7 +11,9 @@
 #include <optional>
 #include <string>
 
+#include "AskProvider.h"
 #include "Capture.h"
+#include "CheckProvider.h"
 #include "IdentifyReport.h"
 #include "InputError.h"
 #include "MachineTables.h"
@@ -80,6 +83,37 @@ void addCapture(CLI::App& app) {
   });
 }
 
+void addCheckProvider(CLI::App& app) {
+  struct CheckOptions : Options {
+    std::string file;
+    double seconds = 10;
+  };
+  CLI::App* const command = app.add_subcommand(
+      "check-provider", "Ask a provider library as the import does; status 0 when it would count");
+  auto options = std::make_shared<CheckOptions>();
+  command->add_option("FILE", options->file, "The library")->required();
+  command->add_flag("--json", options->json, "Write one JSON document");
+  command
+      ->add_option("--timeout", options->seconds,
+                   "Time for each step, 10 unless told, before the library is given up")
+      ->option_text("SECONDS")
+      ->check(CLI::Range(0.001, 86400.0));
+  command->callback([options] {
+    const std::chrono::duration<double> limit(options->seconds);
+    const ProviderCheck check =
+        CheckProvider(options->file, std::chrono::duration_cast<std::chrono::milliseconds>(limit));
+    write(check, *options);
+    if (!ImportCounts(check)) {
+      throw CLI::RuntimeError(FAILED);
+    }
+  });
+
+  CLI::App* const child = app.add_subcommand("ask-provider")->group("");  // hidden
+  auto file = std::make_shared<std::string>();
+  child->add_option("FILE", *file)->required();
+  child->callback([file] { AskProvider(*file); });
+}
+
 /// Options that stand before a subcommand would be read and mean nothing.
 void refuseOptionsBeforeSubcommands(CLI::App& app) {
   for (CLI::App* const command : app.get_subcommands({})) {
@@ -97,6 +131,7 @@ int run(int argc, char** argv) {
   addTable(app);
   addIdentify(app);
   addCapture(app);
+  addCheckProvider(app);
   refuseOptionsBeforeSubcommands(app);
   try {
     app.parse(argc, argv);
