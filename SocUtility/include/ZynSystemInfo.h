@@ -5,14 +5,13 @@
 /// 1. A capability is a component (`DSP`, `GPU` or `CPU`) and a key, numbered from 1 within its
 ///    component. Scalar capabilities are answered by `Soc_GetCapability`; the four lists (DSP keys
 ///    16, 46, 47 and 48) by `Soc_GetCapabilitySerialized`.
-/// 2. The caller owns `buffer` and `*size`. On entry `*size` is the buffer's size in bytes. It
-/// changes
-///    only where a function says so. Nothing is written past it, nor into the buffer on a failure.
+/// 2. The caller owns `buffer` and `*size`. On entry `*size` is the buffer's size in bytes; it
+///    changes only where a function says so. Nothing is written past the buffer's end, nor into it
+///    on a failure.
 /// 3. `size` must point to a valid value, and so must `major` and `minor`: null is not tested.
 /// 4. Everything is little-endian. Strings end with a NUL byte.
-/// 5. Any thread may call any function at any time; no order of calls is required. The first query
-/// of
-///    each query function identifies the chip and may load a provider library; later ones only
+/// 5. Any thread may call any function at any time; no order of calls is required. The first call
+///    of each query function identifies the chip and may load a provider library; later ones only
 ///    read.
 /// 6. A refused component or key, and a list that does not fit, put one line on standard error.
 /// 7. No function throws. A provider library that calls a query function while it is itself being
