@@ -135,7 +135,7 @@ class PeImage:
 
     def _text(self, address):
         start = self._offset(address)
-        return self.data[start : self.data.index(b"\0", start)].decode("ascii", "replace")
+        return self.data[start:].partition(b"\0")[0].decode("ascii", "replace")
 
     def _read(self, layout, at):
         try:
