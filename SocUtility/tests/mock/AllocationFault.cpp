@@ -21,6 +21,7 @@ AllocationFault::AllocationFault(Kind kind, int nth) {
   armedKind = kind;
 }
 AllocationFault::~AllocationFault() { armedKind = NONE; }
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): one fault is armed at a time
 bool AllocationFault::Happened() const { return countdown == 0; }
 AllocationFault::Pause::Pause() { ++pauses; }
 AllocationFault::Pause::~Pause() { --pauses; }

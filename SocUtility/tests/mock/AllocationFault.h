@@ -19,5 +19,7 @@ class AllocationFault {
   struct Pause {
     Pause();
     ~Pause();
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
   };
 };

@@ -45,11 +45,15 @@ Table pptt(std::uint64_t key, std::size_t size = 86) {
 }
 
 TEST(IdentifyChip, ReadsTheTablesAgainUntilAKeyWasLookedUp) {
-  const auto [key, chipId] = CHIP_KEYS.front();
-  const Table ordinary = fadt(1), special = fadt(FADT_RULE.oemRevision), good = pptt(key);
-  const Table grownFadt{fadt(1, LARGE).bytes, 276}, grownPptt{pptt(key, LARGE).bytes, 86};
+  const std::uint64_t key = CHIP_KEYS.front().pptt;
+  const std::uint32_t chipId = CHIP_KEYS.front().chipId;
+  const Table ordinary = fadt(1);
+  const Table good = pptt(key);
+  const Table grownFadt{fadt(1, LARGE).bytes, 276};
+  const Table grownPptt{pptt(key, LARGE).bytes, 86};
   constexpr std::uint64_t UNLISTED = 0xFFFFFFFFFFFFFFFF;
-  const Calls all{FADT_SIZE, FADT, PPTT_SIZE, PPTT}, untilPptt{FADT_SIZE, FADT, PPTT_SIZE};
+  const Calls all{FADT_SIZE, FADT, PPTT_SIZE, PPTT};
+  const Calls untilPptt{FADT_SIZE, FADT, PPTT_SIZE};
   const Calls largePptt{FADT_SIZE, FADT, PPTT_SIZE, "54545050 138c2"};
   const Calls largeFadt{FADT_SIZE, "50434146 138c2", PPTT_SIZE, "54545050 138c2"};
   const struct {
@@ -63,7 +67,7 @@ TEST(IdentifyChip, ReadsTheTablesAgainUntilAKeyWasLookedUp) {
       {"known key", ordinary, good, chipId, all, true},
       {"unlisted key", ordinary, pptt(UNLISTED), 0, all, true},
       {"key 0", ordinary, pptt(0), 0, all},
-      {"special FADT", special, good, FADT_RULE.chipId, {FADT_SIZE, FADT}},
+      {"special FADT", fadt(FADT_RULE.oemRevision), good, FADT_RULE.chipId, {FADT_SIZE, FADT}},
       {"no FADT", {}, good, 0, {FADT_SIZE}},
       {"no PPTT", ordinary, {}, 0, untilPptt},
       {"FADT unread", ordinary, good, 0, {FADT_SIZE, FADT}, false, 2},

@@ -59,8 +59,8 @@ TEST(DriverLocation, AsksInThisOrderWithTheseRightsAndClosesAsItGoes) {
 }
 
 TEST(DriverLocation, SurvivesTheFailureOfAnyCall) {
-  constexpr int CALLS_OF_A_SERVICE = 9, CALLS_OF_THE_REGISTRY = 6;
-  constexpr int CALLS_BEFORE_DSP = CALLS_OF_A_SERVICE + CALLS_OF_THE_REGISTRY;
+  constexpr int CALLS_OF_A_SERVICE = 9;
+  constexpr int CALLS_BEFORE_DSP = CALLS_OF_A_SERVICE + 6;  // with the registry's
   for (const bool isMarked : {true, false}) {
     for (int n = 1; n <= CALLS_BEFORE_DSP + CALLS_OF_A_SERVICE; ++n) {
       SCOPED_TRACE(n);
@@ -128,7 +128,8 @@ TEST(DriverLocation, IsNotMarkedWithoutMemoryForTheDevice) {
 }
 
 TEST(DriverLocation, AcceptsOnlyPathsUnderTheSystemRoot) {
-  const WideString typical = WIDE("\\SystemRoot\\pkg\\x.sys"), windows = WIDE("C:\\Windows");
+  const WideString typical = WIDE("\\SystemRoot\\pkg\\x.sys");
+  const WideString windows = WIDE("C:\\Windows");
   const struct {
     std::optional<WideString> binaryPath;
     const char* directory;

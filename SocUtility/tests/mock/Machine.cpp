@@ -13,7 +13,7 @@ Machine* current = nullptr;
 /// A handle value that no machine of this process ever gives out again.
 void* newHandle() {
   static std::uintptr_t last = 0;
-  return reinterpret_cast<void*>(last += 0x10000);
+  return reinterpret_cast<void*>(last += 0x10000);  // NOLINT(performance-no-int-to-ptr)
 }
 
 }  // namespace
@@ -41,7 +41,7 @@ Machine& Machine::Current() {
 }
 
 HMODULE Machine::AddModule(const std::string& name, const Symbols& symbols, bool isResident) {
-  const auto handle = static_cast<HMODULE>(newHandle());
+  auto* const handle = static_cast<HMODULE>(newHandle());
   modules.push_back({name, symbols, isResident, handle});
   return handle;
 }

@@ -13,6 +13,9 @@
 #include "Machine.h"
 #include "platform/WindowsApi.h"
 
+// NOLINTBEGIN(performance-no-int-to-ptr, readability-non-const-parameter): made-up addresses, and
+// the parameters of WindowsApi.h.
+
 namespace {
 
 constexpr LSTATUS UNSUPPORTED_TYPE = 1630;
@@ -284,3 +287,5 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideLength
   }
   return needed;
 }
+
+// NOLINTEND(performance-no-int-to-ptr, readability-non-const-parameter)

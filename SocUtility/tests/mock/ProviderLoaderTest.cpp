@@ -51,20 +51,20 @@ std::string contentOf(const ProviderLoader& loader) {
 
 TEST(ProviderLoader, TriesThePlansCandidatesInTheirOrder) {
   const struct {
-    std::uint32_t plan;
     std::string ownPath;  ///< Empty when it is unknown.
     Paths tried;
+    std::uint32_t plan;
     bool hasPackage = true;
   } rows[] = {
-      {ServiceUtilsOnly, OWN_PATH, {OWN_UTILS, UTILS}},
-      {ServiceUtilsOnly, "", {UTILS}},
-      {ServiceUtilsOnly, "D:\\Tools/lib\\own.dll", {OWN_UTILS, UTILS}},
-      {ServiceUtilsOnly, "own.dll", {"own.dll/" + UTILS, UTILS}},
-      {AllProviders, OWN_PATH, {OWN_SYSTEM_INFO, OWN_UTILS, PACKAGE_SYSTEM_INFO, UTILS}},
-      {AllProviders, "", {PACKAGE_SYSTEM_INFO, UTILS}},
-      {AllProviders, "", {"VRX/ZynSystemInfo.dll", UTILS}, false},
-      {2, OWN_PATH, {}},
-      {0xFFFFFFFF, OWN_PATH, {}},
+      {OWN_PATH, {OWN_UTILS, UTILS}, ServiceUtilsOnly},
+      {"", {UTILS}, ServiceUtilsOnly},
+      {"D:\\Tools/lib\\own.dll", {OWN_UTILS, UTILS}, ServiceUtilsOnly},
+      {"own.dll", {"own.dll/" + UTILS, UTILS}, ServiceUtilsOnly},
+      {OWN_PATH, {OWN_SYSTEM_INFO, OWN_UTILS, PACKAGE_SYSTEM_INFO, UTILS}, AllProviders},
+      {"", {PACKAGE_SYSTEM_INFO, UTILS}, AllProviders},
+      {"", {"VRX/ZynSystemInfo.dll", UTILS}, AllProviders, false},
+      {OWN_PATH, {}, 2},
+      {OWN_PATH, {}, 0xFFFFFFFF},
   };
   for (std::size_t i = 0; i < std::size(rows); ++i) {
     SCOPED_TRACE(i);
@@ -105,8 +105,8 @@ TEST(ProviderLoader, AsksAServiceUtilitiesProviderForItsTwoExports) {
     install(machine, {UTILS});
     machine.AddModule("other.dll", EXPORTS);  // nothing of it may be taken for the provider's
     machine.libraries[UTILS].erase(row.missing);
-    EXPECT_EQ(contentOf(ProviderLoader(ServiceUtilsOnly)),
-              UTILS + " as " + UTILS + ": " + row.bound);
+    const std::string loaded = UTILS + " as " + UTILS + ": ";
+    EXPECT_EQ(contentOf(ProviderLoader(ServiceUtilsOnly)), loaded + row.bound);
     EXPECT_EQ(machine.CallsOf("GetProcAddress"), row.asked);
     EXPECT_EQ(machine.calls.back(), "FreeLibrary " + UTILS);
   }
