@@ -1,6 +1,8 @@
 /* A service-utilities provider for the tool's tests: every integer it answers is 100 times the
- * component plus the key, its GPU has a hostile name, and it does not answer the DSP key that the
- * environment variable UNANSWERED_DSP_KEY names. */
+ * component plus the key, and its GPU has a hostile name. The environment variable DSP_FAULT, as in
+ * "17 crash", says at which DSP key it is faulty and how; "0 unload" makes it crash on its way out.
+ */
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -13,11 +15,20 @@ uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
 }
 
 #ifndef WITHOUT_GET_CAPABILITY
-uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
-  const char* const unanswered = getenv("UNANSWERED_DSP_KEY");
-  if (component == DSP && unanswered != NULL && key == strtoull(unanswered, NULL, 10)) {
-    return UNSUPPORTED_KEY;
+/* The fault at this DSP key, or "". */
+static const char* faultAt(uint64_t key) {
+  const char* const setting = getenv("DSP_FAULT");
+  char* fault;
+  return setting != NULL && key == strtoull(setting, &fault, 10) ? fault + 1 : "";
+}
+
+__attribute__((destructor)) static void onUnload(void) {
+  if (strcmp(faultAt(0), "unload") == 0) {
+    abort();
   }
+}
+
+uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
   const uint64_t list[] = {2, 7, 9};
   const char name[] = "\x1b[31m\xff";
   const float fraction = 0.1F;
@@ -34,6 +45,22 @@ uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint6
   } else if (component == GPU && key == 4) {
     answer = name;
     answerSize = sizeof name;
+  }
+  const char* const fault = component == DSP ? faultAt(key) : "";
+  if (strcmp(fault, "unanswered") == 0) {
+    return UNSUPPORTED_KEY;
+  } else if (strcmp(fault, "narrow") == 0) {
+    answerSize = 4;
+  } else if (strcmp(fault, "print") == 0) {
+    puts("{\"step\": \"exit\"}");
+    fflush(stdout);
+  } else if (strcmp(fault, "quit") == 0) {
+    exit(0);
+  } else if (strcmp(fault, "crash") == 0) {
+    abort();
+  } else if (strcmp(fault, "hang") == 0) {
+    for (volatile int forever = 1; forever;) {
+    }
   }
   if (*size < answerSize) {
     *size = answerSize;

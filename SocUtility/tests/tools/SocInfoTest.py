@@ -131,7 +131,7 @@ class SocInfoTest(unittest.TestCase):
         self.assertIn("  0.1 ", text)
 
     def test_provider_without_a_required_key_does_not_count(self):
-        document, rows = self.with_provider(os.environ["PROVIDER"], UNANSWERED_DSP_KEY="17")
+        document, rows = self.with_provider(os.environ["PROVIDER"], DSP_FAULT="17 unanswered")
         self.assertEqual(document["provider"]["state"], "incomplete")
         self.assertEqual(document["provider"]["missing"], ["DSP 17"])
         self.assertEqual(document["answersFrom"], "unknownRow")
@@ -140,7 +140,7 @@ class SocInfoTest(unittest.TestCase):
                          ["provider", "default", "provider"])
 
     def test_optional_key_missing_is_a_default(self):
-        document, rows = self.with_provider(os.environ["PROVIDER"], UNANSWERED_DSP_KEY="44")
+        document, rows = self.with_provider(os.environ["PROVIDER"], DSP_FAULT="44 unanswered")
         self.assertEqual(document["provider"]["state"], "imported")
         self.assertEqual(rows["DSP", 44]["source"], "default")
 

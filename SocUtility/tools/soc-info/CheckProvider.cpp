@@ -8,6 +8,7 @@
 #include "Capabilities.h"
 #include "ChildProcess.h"
 #include "InputError.h"
+#include "ZynSystemInfo.h"
 #include "import/ProviderImport.h"
 #include "provider/ProviderLoader.h"
 

@@ -1,0 +1,109 @@
+"""soc-info check-provider over good and faulty libraries, as the writer of a provider meets it."""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+SOC_INFO = os.environ["SOC_INFO"]
+PROVIDER = os.environ["PROVIDER"]
+COUNTS, DOES_NOT_COUNT, BAD_INPUT = 0, 1, 2
+
+
+def run(*arguments, fault="", folder=None):
+    return subprocess.run([SOC_INFO, "check-provider", *arguments], capture_output=True, text=True,
+                          timeout=60, cwd=folder, env={**os.environ, "DSP_FAULT": fault})
+
+
+def check(library, fault="", timeout="20"):
+    """The exit status, the document, and its rows by key."""
+    result = run(library, "--json", "--timeout", timeout, fault=fault)
+    document = json.loads(result.stdout)
+    return result.returncode, document, {(row["component"], row["key"]): row
+                                         for row in document["keys"]}
+
+
+class CheckProviderTest(unittest.TestCase):
+    @unittest.skipUnless(os.environ["EXAMPLE_PROVIDER"], "built without the examples")
+    def test_example_is_asked_in_the_order_of_the_import_and_counts(self):
+        status, document, rows = check(os.environ["EXAMPLE_PROVIDER"])
+        self.assertEqual((status, document["importCounts"]), (COUNTS, True))
+        self.assertEqual((document["nameLookedFor"], document["accepted"], document["stopped"]),
+                         (True, True, None))
+        self.assertEqual(document["statuses"], {"DSP": 0, "GPU": 0})
+        dsp = [*range(1, 17), *range(18, 26), 17, *range(26, 35), *range(36, 45)]
+        self.assertEqual(list(rows), [*(("DSP", key) for key in dsp), ("CPU", 1), ("CPU", 2),
+                                      ("GPU", 1), *(("GPU", key) for key in range(4, 14))])
+        self.assertEqual([rows["DSP", key]["required"] for key in (17, 28, 29)],
+                         [True, True, False])
+        self.assertEqual([rows[key]["value"] for key in [("DSP", 16), ("DSP", 43), ("GPU", 4)]],
+                         [[1, 2, 4, 6], 1.5, "Turnstone 860"])
+        self.assertEqual(rows["DSP", 16]["calls"], 2)  # it does not fit into the first 32 bytes
+
+    def test_keys_that_fail_tell_why_and_decide_the_verdict(self):
+        for fault, exit_status, dsp_status, message, call in [
+            ("17 unanswered", DOES_NOT_COUNT, -2, "GetCapability failed", (3, 8, 8)),
+            ("44 unanswered", COUNTS, 1, "GetCapability failed", (3, 4, 4)),
+            ("3 narrow", DOES_NOT_COUNT, -2, "Result buffer size mismatch", (0, 8, 4)),
+            ("16 narrow", DOES_NOT_COUNT, -2, "bad vector format", (0, 32, 4)),
+        ]:
+            with self.subTest(fault):
+                status, document, rows = check(PROVIDER, fault)
+                row = rows["DSP", int(fault.split()[0])]
+                self.assertEqual((status, document["statuses"]["DSP"], document["accepted"]),
+                                 (exit_status, dsp_status, True))
+                self.assertEqual((row["answered"], row["value"], row["message"]),
+                                 (False, None, message))
+                self.assertEqual((row["status"], row["offered"], row["reported"]), call)
+                self.assertIn("no: {} (status {}, {} bytes offered, {} reported)"
+                              .format(message, *call), run(PROVIDER, fault=fault).stdout)
+
+    def test_library_that_stops_the_process_is_reported_with_the_step(self):
+        for fault, at, how, rows_before in [
+            ("17 crash", "DSP 17", "crash", 24),
+            ("1 quit", "DSP 1", "crash", 0),
+            ("44 hang", "DSP 44", "hang", 42),
+            ("0 unload", "unload", "crash", 56),
+        ]:
+            with self.subTest(fault):
+                status, document, rows = check(PROVIDER, fault, "1" if how == "hang" else "20")
+                self.assertEqual((status, document["importCounts"]), (DOES_NOT_COUNT, False))
+                self.assertEqual((document["stopped"]["at"], document["stopped"]["how"], len(rows)),
+                                 (at, how, rows_before))
+        self.assertIn("crash        at DSP 17: signal 6", run(PROVIDER, fault="17 crash").stdout)
+
+    def test_what_the_library_prints_or_answers_is_not_taken_for_the_report(self):
+        status, document, rows = check(PROVIDER, "2 print")
+        self.assertEqual((status, len(rows), document["stopped"]), (COUNTS, 56, None))
+        self.assertEqual(rows["GPU", 4]["value"], "\x1b[31m\ufffd")
+        result = run(PROVIDER, fault="2 print")
+        self.assertIn(r'"\u001b[31m\ufffd"', result.stdout)
+        self.assertIn('{"step": "exit"}', result.stderr)
+
+    def test_library_without_the_export_is_rejected_unasked(self):
+        status, document, rows = check(os.environ["NO_PROVIDER"])
+        self.assertEqual((status, document["accepted"], document["reason"], rows),
+                         (DOES_NOT_COUNT, False, "it lacks the export Soc_GetCapability", {}))
+
+    def test_other_file_name_is_noted_and_the_file_is_the_one_named(self):
+        with tempfile.TemporaryDirectory() as folder:
+            shutil.copy(PROVIDER, pathlib.Path(folder, "a build.dll"))
+            result = run("a build.dll", folder=folder)
+            self.assertEqual(result.returncode, COUNTS, result.stderr)
+            self.assertIn("note         found by the library only under the name Rz", result.stdout)
+
+    def test_what_cannot_be_loaded_is_bad_input(self):
+        for file, message in [("missing.dll", "No such file"), (__file__, "load library failed"),
+                              (".", "not a regular file")]:
+            with self.subTest(file):
+                result = run(file)
+                self.assertEqual((result.returncode, result.stdout), (BAD_INPUT, ""))
+                self.assertIn(message, result.stderr)
+        self.assertEqual(run(PROVIDER, "--timeout", "0").returncode, BAD_INPUT)
+
+
+if __name__ == "__main__":
+    unittest.main()
