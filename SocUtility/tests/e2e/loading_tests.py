@@ -96,8 +96,10 @@ class Machines(Tests):
                                     "mount namespace")
 
     def run_on(self, folder, commands):
-        tables = {f"firmware/{signature}": (folder / f"{file}.dat").read_bytes()
-                  for signature, file in (("FACP", "facp"), ("PPTT", "pptt"))}
+        # Made from a source, or captured.
+        tables = {f"firmware/{signature}": (folder / name).read_bytes()
+                  for signature in ("FACP", "PPTT")
+                  for name in (f"{signature.lower()}.dat", signature) if (folder / name).exists()}
         return run(commands, "Scripted", extra=tables, wrapper=self.wrapper)
 
     def test_only_a_chip_without_a_row_asks_the_provider(self):

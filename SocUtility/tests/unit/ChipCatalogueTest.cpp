@@ -84,8 +84,8 @@ TEST(ChipCatalogue, KnownRowsAnswerTheirDataAndDefaults) {
 
 TEST(ChipCatalogue, DataHasEachSpecialCase) {
   const auto rowsWith = [](auto property) { return std::ranges::count_if(CHIP_ROWS, property); };
-  EXPECT_EQ(rowsWith([](const ChipRow& row) { return !row.secondName.empty(); }), 1);
-  EXPECT_EQ(rowsWith([](const ChipRow& row) { return row.gpu.name.ends_with(' '); }), 1);
+  EXPECT_GE(rowsWith([](const ChipRow& row) { return !row.secondName.empty(); }), 1);
+  EXPECT_GE(rowsWith([](const ChipRow& row) { return row.gpu.name.ends_with(' '); }), 1);
   EXPECT_GE(rowsWith([](const ChipRow& row) { return row.gpu.name.size() == 12; }), 1);
 }
 
