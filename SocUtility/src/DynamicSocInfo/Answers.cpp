@@ -18,8 +18,9 @@ namespace {
 /// The smallest buffer for a key without a rule of its own.
 constexpr std::uint8_t USUAL_MINIMUM = 8;
 
-/// The smallest buffer for each field type. A name must fit up to its 12th byte; a list of numbers
-/// is still sized as a count and one element, although only the serialized query answers it.
+/// The smallest buffer for each field type. A name's is a floor: a longer name asks for more. A
+/// list of numbers is sized as a count and one element, although only the serialized query answers
+/// it.
 template <class T>
 constexpr std::uint8_t minimumOf() {
   if constexpr (std::is_same_v<T, float>) {

@@ -33,6 +33,8 @@ bool ProviderAttempt::MakeOnceLocked(SocInfo& record) {
   if (!IsStillToBeMade()) {
     return false;
   }
+  // The provider's own queries are to be refused, which warm ones would not ask about.
+  settledAnswers.store(&NO_SCALAR_ANSWERS, std::memory_order_relaxed);
   runningThread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
   const auto unmark = [](auto* running) { running->store({}, std::memory_order_relaxed); };
   const std::unique_ptr<std::atomic<std::thread::id>, decltype(unmark)> mark(&runningThread_,
@@ -41,4 +43,11 @@ bool ProviderAttempt::MakeOnceLocked(SocInfo& record) {
   recordConfirmed_.store(importFromProvider(record), std::memory_order_release);
   providerAttempted_.store(true, std::memory_order_release);
   return true;
+}
+
+void ProviderAttempt::Settle(const ScalarAnswers& answers) {
+  const std::unique_lock lock(providerMutex, std::try_to_lock);
+  if (lock.owns_lock()) {
+    settledAnswers.store(&answers, std::memory_order_release);
+  }
 }

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <thread>
 
+#include "ScalarAnswers.h"
 #include "capabilities/SocInfo.h"
 #include "provider/ProviderLoader.h"
 
@@ -31,14 +32,12 @@ class ProviderAttempt {
   /// Whether the calling thread is inside an attempt of either query function: a provider that is
   /// being asked, and asks back.
   static bool RunsOnThisThread() noexcept {
-    return RunsOnAnyThread() &&
-           runningThread_.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    return runningThread_.load(std::memory_order_relaxed) == std::this_thread::get_id();
   }
 
-  /// Whether any thread is inside an attempt.
-  static bool RunsOnAnyThread() noexcept {
-    return runningThread_.load(std::memory_order_relaxed) != std::thread::id{};
-  }
+  /// Lets warm scalar queries answer from `answers`, which must live on. Does nothing while an
+  /// attempt runs, which ends what was settled: a later query is to settle them again.
+  static void Settle(const ScalarAnswers& answers);
 
  private:
   bool IsStillToBeMade() const noexcept {

@@ -4,6 +4,7 @@
 
 #include "Answers.h"
 #include "ProviderAttempt.h"
+#include "ScalarAnswers.h"
 #include "ZynSystemInfo.h"
 #include "capabilities/SocInfo.h"
 #include "chip/ChipCatalogue.h"
@@ -56,7 +57,10 @@ std::uint32_t GetCapability(std::uint64_t component, std::uint64_t key, void* bu
   QueryState& state = stateOf<Query::SCALAR>();
   const bool attemptedNow = state.attempt.MakeOnce(state.record);
   if (state.attempt.RecordConfirmed()) {
-    [[maybe_unused]] static const bool published = settledAnswers.Publish(state.record);
+    static const ScalarAnswers answers(state.record);
+    if (settledAnswers.load(std::memory_order_relaxed) != &answers) {
+      ProviderAttempt::Settle(answers);
+    }
   } else if (!attemptedNow) {
     // Only the call that made the attempt answers from a record that nobody confirmed.
     return FAILURE;

@@ -7,14 +7,8 @@
 
 #include <cstdint>
 
-#include "ScalarAnswers.h"
-
 std::uint32_t GetCapability(std::uint64_t component, std::uint64_t key, void* buffer,
                             std::uint64_t* size);
 
 std::uint32_t GetCapabilitySerialized(std::uint64_t component, std::uint64_t key, void* buffer,
                                       std::uint64_t* size);
-
-/// The answers of the scalar query's record, published once it is confirmed and so no longer
-/// changes.
-inline constinit ScalarAnswers settledAnswers;

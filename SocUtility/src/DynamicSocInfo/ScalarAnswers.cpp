@@ -7,11 +7,10 @@
 
 static_assert(KeyTable<DspInfo>::COMPONENT == DSP && KeyTable<CpuInfo>::COMPONENT == CPU);
 
-bool ScalarAnswers::Publish(const SocInfo& record) noexcept {
+ScalarAnswers::ScalarAnswers(const SocInfo& record) noexcept {
   Encode(record.dsps.front());
   Encode(record.gpus.front());
   Encode(record.cpu);
-  return true;
 }
 
 template <class Record>
@@ -27,8 +26,7 @@ void ScalarAnswers::Encode(const Record& entry) noexcept {
             constexpr bool IS_FLOAT = std::is_same_v<T, float>;
             Answer& answer = answers[key];
             answer.bits = answerBits(entry.*field);
-            (IS_FLOAT ? answer.minimumOfFloat : answer.minimumOfWide)
-                .store(ANSWER_WIDTH<T>, std::memory_order_release);
+            (IS_FLOAT ? answer.minimumOfFloat : answer.minimumOfWide) = ANSWER_WIDTH<T>;
           }
         },
         [] {});

@@ -11,12 +11,14 @@
 #include "ZynSystemInfo.h"
 #include "capabilities/SocInfo.h"
 
-/// Holds the answers of fixed width, none until they are published. What else a query can end in
-/// (the GPU's name, lists, refusals, buffers that are too small) is left to the query in full.
+/// Holds the answers of fixed width. What else a query can end in (the GPU's name, lists, refusals,
+/// buffers that are too small) is left to the query in full.
 class ScalarAnswers {
  public:
-  /// Makes a record's answers available to all threads; to be called once. Returns true.
-  bool Publish(const SocInfo& record) noexcept;
+  /// No answers at all.
+  constexpr ScalarAnswers() = default;
+  /// A record's answers.
+  explicit ScalarAnswers(const SocInfo& record) noexcept;
 
   /// Writes the answer to `buffer`, which has `capacity` bytes, if there is one and it fits. The
   /// key is compared as a whole. Returns whether it was written.
@@ -28,11 +30,11 @@ class ScalarAnswers {
     }
     // The common width is decided by a single comparison: every branch here is felt.
     const Answer& answer = answers_[row][key];
-    if (capacity >= answer.minimumOfWide.load(std::memory_order_acquire)) [[likely]] {
+    if (capacity >= answer.minimumOfWide) [[likely]] {
       std::memcpy(buffer, &answer.bits, 8);
       return true;
     }
-    if (capacity >= answer.minimumOfFloat.load(std::memory_order_acquire)) {
+    if (capacity >= answer.minimumOfFloat) {
       std::memcpy(buffer, &answer.bits, 4);
       return true;
     }
@@ -46,10 +48,9 @@ class ScalarAnswers {
   static constexpr std::uint64_t NO_ANSWER = std::numeric_limits<std::uint64_t>::max();
 
   struct Answer {
-    std::uint64_t bits =
-        0;  ///< The answer's bytes, from the first one on; stored before its minimum.
-    std::atomic<std::uint64_t> minimumOfWide{NO_ANSWER};   ///< Buffer that an 8-byte answer needs.
-    std::atomic<std::uint64_t> minimumOfFloat{NO_ANSWER};  ///< Buffer that a 4-byte answer needs.
+    std::uint64_t bits = 0;                    ///< The answer's bytes, from the first one on.
+    std::uint64_t minimumOfWide = NO_ANSWER;   ///< Buffer that an 8-byte answer needs.
+    std::uint64_t minimumOfFloat = NO_ANSWER;  ///< Buffer that a 4-byte answer needs.
   };
 
   template <class Record>
@@ -57,3 +58,9 @@ class ScalarAnswers {
 
   std::array<std::array<Answer, KEYS>, COMPONENTS> answers_{};
 };
+
+inline constexpr ScalarAnswers NO_SCALAR_ANSWERS;
+
+/// What warm scalar queries answer from: nothing until the query's record is confirmed, and nothing
+/// while a provider attempt runs, so that they need not ask whether one does.
+inline constinit std::atomic<const ScalarAnswers*> settledAnswers = &NO_SCALAR_ANSWERS;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <map>
 #include <string_view>
 
@@ -148,15 +149,18 @@ TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
   const SocInfo record = recordOf(dsp, GpuInfo(-2), {.cap1 = -3, .cap2 = 1});
   ScalarAnswers answers;
   Bytes buffer = bufferWith({});
-  EXPECT_FALSE(answers.Write(DSP, 1, buffer.data(), BUFFER_SIZE)) << "none are published";
-  EXPECT_TRUE(answers.Publish(record));
+  // A list query that failed leaves the largest size of all behind for the next query to be given.
+  constexpr std::uint64_t LARGEST = std::numeric_limits<std::uint64_t>::max();
+  EXPECT_FALSE(answers.Write(DSP, 1, buffer.data(), LARGEST)) << "none are published";
+  answers.Publish(record);
   for (const std::uint64_t high : {std::uint64_t{0}, HIGH}) {
     for (std::uint64_t component = 0; component <= 7; ++component) {
       for (std::uint64_t key = 0; key <= 70; ++key) {
         const Answer inFull = ask(AnswerScalar, record, component, key);
         const bool isHeld =
             inFull.status == SUCCESS && Key{component, key} != Key{GPU, 4} && high == 0;
-        for (const std::uint64_t capacity : {0U, 3U, 4U, 7U, 8U, 128U}) {
+        for (const std::uint64_t capacity : {std::uint64_t{0}, std::uint64_t{3}, std::uint64_t{4},
+                                             std::uint64_t{7}, std::uint64_t{8}, LARGEST}) {
           SCOPED_TRACE(testing::Message() << component << " " << key << " " << capacity);
           const bool expected = isHeld && capacity >= MinimumSize(component, key);
           buffer = bufferWith({});

@@ -6,11 +6,9 @@
 
 #include <array>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <type_traits>
 #include <variant>
-#include <vector>
 
 #include "ZynSystemInfo.h"
 #include "capabilities/SocInfo.h"
@@ -24,11 +22,10 @@ template <>
 struct KeyTable<DspInfo> {
   static constexpr std::uint32_t COMPONENT = DSP;
 
-  using Field = std::variant<
-      std::monostate, std::int32_t DspInfo::*, std::uint32_t DspInfo::*, std::uint64_t DspInfo::*,
-      std::uint8_t DspInfo::*, bool DspInfo::*, float DspInfo::*,
-      std::vector<std::uint32_t> DspInfo::*, std::map<std::uint32_t, std::uint32_t> DspInfo::*,
-      std::vector<std::string> DspInfo::*, std::map<std::uint32_t, NamedValue> DspInfo::*>;
+  using Field = std::variant<std::monostate, std::int32_t DspInfo::*, std::uint32_t DspInfo::*,
+                             std::uint64_t DspInfo::*, std::uint8_t DspInfo::*, bool DspInfo::*,
+                             float DspInfo::*, U32List DspInfo::*, U32Positions DspInfo::*,
+                             NameList DspInfo::*, NamedValues DspInfo::*>;
 
   static constexpr std::array<Field, 49> FIELDS = {
       std::monostate{}, &DspInfo::cap1,  &DspInfo::cap2,  &DspInfo::cap3,  &DspInfo::cap4,

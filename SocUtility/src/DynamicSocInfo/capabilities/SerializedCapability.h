@@ -47,11 +47,6 @@ bool serialize(void* buffer, std::uint64_t* size, std::span<const List* const> l
 template <class List>
 bool deserialize(const void* data, std::size_t length, std::span<List* const> targets);
 
-using U32List = std::vector<std::uint32_t>;                   ///< `cap16`
-using U32Positions = std::map<std::uint32_t, std::uint32_t>;  ///< `cap46`
-using NameList = std::vector<std::string>;                    ///< `cap47`
-using NamedValues = std::map<std::uint32_t, NamedValue>;      ///< `cap48`
-
 extern template bool serialize(void*, std::uint64_t*, std::span<const U32List* const>);
 extern template bool serialize(void*, std::uint64_t*, std::span<const U32Positions* const>);
 extern template bool serialize(void*, std::uint64_t*, std::span<const NameList* const>);

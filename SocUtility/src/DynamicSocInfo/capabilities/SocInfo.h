@@ -19,6 +19,13 @@ struct NamedValue {
   bool operator==(const NamedValue&) const = default;
 };
 
+// The list field types of `DspInfo`. A list held as a map has the entry's position in the list (0,
+// 1, 2, ...) as its key, in the order in which the entries arrived.
+using U32List = std::vector<std::uint32_t>;                   ///< `cap16`
+using U32Positions = std::map<std::uint32_t, std::uint32_t>;  ///< `cap46`
+using NameList = std::vector<std::string>;                    ///< `cap47`
+using NamedValues = std::map<std::uint32_t, NamedValue>;      ///< `cap48`
+
 struct CpuInfo {
   std::int32_t cap1 = 0;
   std::uint64_t cap2 = 0;
@@ -44,8 +51,7 @@ struct GpuInfo {
   bool operator==(const GpuInfo&) const = default;
 };
 
-/// There is no key 35. `cap46` and `cap48` are lists held as maps: an entry's key is its position
-/// in the list (0, 1, 2, ...), in the order in which the entries arrived.
+/// There is no key 35.
 struct DspInfo {
   std::int32_t cap1 = 0;
   std::int32_t cap2 = 0;
@@ -75,11 +81,11 @@ struct DspInfo {
   bool cap39 = false;
   std::int32_t cap41 = 0;
   std::int32_t cap45 = 0;
-  std::map<std::uint32_t, std::uint32_t> cap46;
-  std::vector<std::string> cap47;
-  std::map<std::uint32_t, NamedValue> cap48;
+  U32Positions cap46;
+  NameList cap47;
+  NamedValues cap48;
   std::uint32_t cap15 = 0x7FFFFFFF;
-  std::vector<std::uint32_t> cap16;
+  U32List cap16;
   std::uint32_t cap18 = 0;
   std::uint32_t cap19 = 0;
   std::uint32_t cap20 = 0;

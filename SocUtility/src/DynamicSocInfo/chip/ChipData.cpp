@@ -105,6 +105,7 @@ static_assert(commonCapabilitiesAreValid(COMMON));
 
 // The data set at a glance, so that a line lost or added by mistake is seen: change it with the
 // data.
+static_assert(std::size(KEYS) == 19);
 static_assert(keysPerChip<7>(KEYS) == std::array<std::size_t, 7>{5, 3, 3, 1, 5, 1, 1});
 static_assert(std::size(ROWS) == 3 && rowsOfOneDsp(ROWS) == 2);
 

@@ -61,8 +61,8 @@ constexpr bool commonCapabilitiesAreValid(const CommonCapabilities& common) {
   return common.sizeLimit == 0x1000000000 && common.cpu.cap1 == 0;
 }
 
-/// How many keys lead to each chip, chips in the order of their first key. A further chip than
-/// `Chips` leaves its keys uncounted, and so do keys of one chip that do not stand together.
+/// How many keys lead to each of the first `Chips` chips, chips in the order of their keys. Keys of
+/// one chip that do not stand together count as two chips.
 template <std::size_t Chips>
 constexpr std::array<std::size_t, Chips> keysPerChip(std::span<const ChipKey> keys) {
   std::array<std::size_t, Chips> counts{};
