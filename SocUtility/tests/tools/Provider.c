@@ -18,7 +18,7 @@ uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
 /* The fault at this DSP key, or "". */
 static const char* faultAt(uint64_t key) {
   const char* const setting = getenv("DSP_FAULT");
-  char* fault;
+  char* fault = NULL;
   return setting != NULL && key == strtoull(setting, &fault, 10) ? fault + 1 : "";
 }
 
@@ -49,11 +49,12 @@ uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint6
   const char* const fault = component == DSP ? faultAt(key) : "";
   if (strcmp(fault, "unanswered") == 0) {
     return UNSUPPORTED_KEY;
-  } else if (strcmp(fault, "narrow") == 0) {
+  }
+  if (strcmp(fault, "narrow") == 0) {
     answerSize = 4;
   } else if (strcmp(fault, "print") == 0) {
-    puts("{\"step\": \"exit\"}");
-    fflush(stdout);
+    (void)puts("{\"step\": \"exit\"}");
+    (void)fflush(stdout);
   } else if (strcmp(fault, "quit") == 0) {
     exit(0);
   } else if (strcmp(fault, "crash") == 0) {
