@@ -10,9 +10,9 @@
 ///    on a failure.
 /// 3. `size` must point to a valid value, and so must `major` and `minor`: null is not tested.
 /// 4. Everything is little-endian. Strings end with a NUL byte.
-/// 5. Any thread may call any function at any time; no order of calls is required. The first call
-///    of each query function identifies the chip and may load a provider library; later ones only
-///    read.
+/// 5. Any thread may call any function, in any order, until the process begins to exit. The first
+///    call of each query function identifies the chip and may load a provider library; later ones
+///    only read.
 /// 6. A refused component or key, and a list that does not fit, put one line on standard error.
 /// 7. No function throws. A provider library that calls a query function while it is itself being
 ///    asked gets `FAILURE`.

@@ -2,8 +2,10 @@
 
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 
 #include "import/ProviderImport.h"
+#include "platform/WindowsApi.h"
 
 namespace {
 
@@ -13,7 +15,12 @@ std::mutex providerMutex;
 
 bool importFromProvider(SocInfo& record) {
   ProviderLoader provider(ServiceUtilsOnly);
-  return IsAcceptedProvider(provider) && ImportProviderCapabilities(provider, record);
+  try {
+    return IsAcceptedProvider(provider) && ImportProviderCapabilities(provider, record);
+  } catch (...) {
+    // What a provider lets out may be of a type of its own, which is gone once it is unloaded.
+    throw std::runtime_error("import failed");
+  }
 }
 
 }  // namespace
@@ -35,10 +42,9 @@ bool ProviderAttempt::MakeOnceLocked(SocInfo& record) {
   }
   // The provider's own queries are to be refused, which warm ones would not ask about.
   settledAnswers.store(&NO_SCALAR_ANSWERS, std::memory_order_relaxed);
-  runningThread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
-  const auto unmark = [](auto* running) { running->store({}, std::memory_order_relaxed); };
-  const std::unique_ptr<std::atomic<std::thread::id>, decltype(unmark)> mark(&runningThread_,
-                                                                             unmark);
+  runningThread_.store(GetCurrentThreadId(), std::memory_order_relaxed);
+  const auto unmark = [](auto* running) { running->store(NO_THREAD, std::memory_order_relaxed); };
+  const std::unique_ptr<std::atomic<DWORD>, decltype(unmark)> mark(&runningThread_, unmark);
   // The outcome first: whoever sees that the attempt was made must see how it ended.
   recordConfirmed_.store(importFromProvider(record), std::memory_order_release);
   providerAttempted_.store(true, std::memory_order_release);

@@ -3,10 +3,10 @@
 #pragma once
 
 #include <atomic>
-#include <thread>
 
 #include "ScalarAnswers.h"
 #include "capabilities/SocInfo.h"
+#include "platform/WindowsApi.h"
 #include "provider/ProviderLoader.h"
 
 /// Whether a loader has all that an import needs: a known library name and the exports of its kind.
@@ -32,7 +32,8 @@ class ProviderAttempt {
   /// Whether the calling thread is inside an attempt of either query function: a provider that is
   /// being asked, and asks back.
   static bool RunsOnThisThread() noexcept {
-    return runningThread_.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    const DWORD running = runningThread_.load(std::memory_order_relaxed);
+    return running != NO_THREAD && running == GetCurrentThreadId();
   }
 
   /// Lets warm scalar queries answer from `answers`, which must live on. Does nothing while an
@@ -45,9 +46,11 @@ class ProviderAttempt {
   }
   bool MakeOnceLocked(SocInfo& record);
 
+  static constexpr DWORD NO_THREAD = 0;
+
   /// The thread inside an attempt, of which there is at most one. Unlike a thread-local mark it
   /// costs nothing to read while there is none, and no platform allocates for it.
-  static inline std::atomic<std::thread::id> runningThread_{};
+  static inline std::atomic<DWORD> runningThread_{NO_THREAD};
 
   std::atomic<bool> recordConfirmed_;
   std::atomic<bool> providerAttempted_{false};

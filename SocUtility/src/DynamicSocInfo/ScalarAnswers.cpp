@@ -26,7 +26,7 @@ void ScalarAnswers::Encode(const Record& entry) noexcept {
             constexpr bool IS_FLOAT = std::is_same_v<T, float>;
             Answer& answer = answers[key];
             answer.bits = answerBits(entry.*field);
-            (IS_FLOAT ? answer.minimumOfFloat : answer.minimumOfWide) = ANSWER_WIDTH<T>;
+            (IS_FLOAT ? answer.tooSmallForFloat : answer.tooSmallForWide) = ANSWER_WIDTH<T> - 1;
           }
         },
         [] {});

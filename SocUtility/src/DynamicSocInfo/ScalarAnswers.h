@@ -30,11 +30,11 @@ class ScalarAnswers {
     }
     // The common width is decided by a single comparison: every branch here is felt.
     const Answer& answer = answers_[row][key];
-    if (capacity >= answer.minimumOfWide) [[likely]] {
+    if (capacity > answer.tooSmallForWide) [[likely]] {
       std::memcpy(buffer, &answer.bits, 8);
       return true;
     }
-    if (capacity >= answer.minimumOfFloat) {
+    if (capacity > answer.tooSmallForFloat) {
       std::memcpy(buffer, &answer.bits, 4);
       return true;
     }
@@ -45,12 +45,14 @@ class ScalarAnswers {
   static constexpr std::uint64_t FIRST_COMPONENT = DSP;
   static constexpr std::uint64_t COMPONENTS = CPU - DSP + 1;
   static constexpr std::uint64_t KEYS = 49;
+  /// No capacity is larger: not even what a list query that failed left in `*size`.
   static constexpr std::uint64_t NO_ANSWER = std::numeric_limits<std::uint64_t>::max();
 
   struct Answer {
-    std::uint64_t bits = 0;                    ///< The answer's bytes, from the first one on.
-    std::uint64_t minimumOfWide = NO_ANSWER;   ///< Buffer that an 8-byte answer needs.
-    std::uint64_t minimumOfFloat = NO_ANSWER;  ///< Buffer that a 4-byte answer needs.
+    std::uint64_t bits = 0;  ///< The answer's bytes, from the first one on.
+    // The largest buffer that an answer of 8 bytes, and one of 4, does not fit.
+    std::uint64_t tooSmallForWide = NO_ANSWER;
+    std::uint64_t tooSmallForFloat = NO_ANSWER;
   };
 
   template <class Record>

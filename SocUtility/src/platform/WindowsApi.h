@@ -113,6 +113,9 @@ inline constexpr UINT CP_UTF8 = 65001;
 DWORD GetLastError();
 void SetLastError(DWORD code);
 
+/// The calling thread's number, unique in the system while the thread lives and never 0.
+DWORD GetCurrentThreadId();
+
 /// Copies a firmware table. Returns its size in bytes when the buffer is too small (the buffer is
 /// then untouched), the number of bytes copied otherwise, or 0 and sets the last error.
 UINT GetSystemFirmwareTable(DWORD provider, DWORD tableId, PVOID buffer, DWORD bufferSize);

@@ -147,12 +147,11 @@ TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
   dsp.cap15 = 0xFFFFFFFF;
   dsp.cap43 = 1.5F;
   const SocInfo record = recordOf(dsp, GpuInfo(-2), {.cap1 = -3, .cap2 = 1});
-  ScalarAnswers answers;
+  const ScalarAnswers answers(record);
   Bytes buffer = bufferWith({});
   // A list query that failed leaves the largest size of all behind for the next query to be given.
   constexpr std::uint64_t LARGEST = std::numeric_limits<std::uint64_t>::max();
-  EXPECT_FALSE(answers.Write(DSP, 1, buffer.data(), LARGEST)) << "none are published";
-  answers.Publish(record);
+  EXPECT_FALSE(NO_SCALAR_ANSWERS.Write(DSP, 1, buffer.data(), LARGEST));
   for (const std::uint64_t high : {std::uint64_t{0}, HIGH}) {
     for (std::uint64_t component = 0; component <= 7; ++component) {
       for (std::uint64_t key = 0; key <= 70; ++key) {
