@@ -59,25 +59,25 @@ TEST(IdentifyChip, ReadsTheTablesAgainUntilAKeyWasLookedUp) {
   const struct {
     const char* name;
     Table fadt, pptt;
-    std::uint32_t chipId;
     Calls calls;
+    std::uint32_t chipId;
     bool isKept = false;
     int failingCall = 0, failingAllocation = 0;
   } rows[] = {
-      {"known key", ordinary, good, chipId, all, true},
-      {"unlisted key", ordinary, pptt(UNLISTED), 0, all, true},
-      {"key 0", ordinary, pptt(0), 0, all},
-      {"special FADT", fadt(FADT_RULE.oemRevision), good, FADT_RULE.chipId, {FADT_SIZE, FADT}},
-      {"no FADT", {}, good, 0, {FADT_SIZE}},
-      {"no PPTT", ordinary, {}, 0, untilPptt},
-      {"FADT unread", ordinary, good, 0, {FADT_SIZE, FADT}, false, 2},
-      {"PPTT unread", ordinary, good, 0, all, false, 4},
-      {"FADT outgrew the buffer", grownFadt, good, 0, {FADT_SIZE, FADT}},
-      {"PPTT outgrew the buffer", ordinary, grownPptt, 0, all},
-      {"large FADT", fadt(1, LARGE), good, chipId, largeFadt, true},
-      {"large PPTT", ordinary, pptt(key, LARGE), chipId, largePptt, true},
-      {"no memory", ordinary, good, 0, {}, false, 0, 1},
-      {"none for a large PPTT", ordinary, pptt(key, LARGE), 0, untilPptt, false, 0, 2},
+      {"known key", ordinary, good, all, chipId, true},
+      {"unlisted key", ordinary, pptt(UNLISTED), all, 0, true},
+      {"key 0", ordinary, pptt(0), all, 0},
+      {"special FADT", fadt(FADT_RULE.oemRevision), good, {FADT_SIZE, FADT}, FADT_RULE.chipId},
+      {"no FADT", {}, good, {FADT_SIZE}, 0},
+      {"no PPTT", ordinary, {}, untilPptt, 0},
+      {"FADT unread", ordinary, good, {FADT_SIZE, FADT}, 0, false, 2},
+      {"PPTT unread", ordinary, good, all, 0, false, 4},
+      {"FADT outgrew the buffer", grownFadt, good, {FADT_SIZE, FADT}, 0},
+      {"PPTT outgrew the buffer", ordinary, grownPptt, all, 0},
+      {"large FADT", fadt(1, LARGE), good, largeFadt, chipId, true},
+      {"large PPTT", ordinary, pptt(key, LARGE), largePptt, chipId, true},
+      {"no memory", ordinary, good, {}, 0, false, 0, 1},
+      {"none for a large PPTT", ordinary, pptt(key, LARGE), untilPptt, 0, false, 0, 2},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);

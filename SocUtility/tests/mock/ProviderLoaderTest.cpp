@@ -90,14 +90,17 @@ TEST(ProviderLoader, TriesThePlansCandidatesInTheirOrder) {
 }
 
 TEST(ProviderLoader, AsksAServiceUtilitiesProviderForItsTwoExports) {
+  const std::string loaded = UTILS + " as " + UTILS + ": ";
+  const std::string version = UTILS + " Soc_GetAPIVersion";
+  const std::string capability = UTILS + " Soc_GetCapability";
   const struct {
     const char* missing;
-    std::string bound;
+    std::string content;
     Paths asked;
   } rows[] = {
-      {"", "VC", {UTILS + " Soc_GetAPIVersion", UTILS + " Soc_GetCapability"}},
-      {"Soc_GetCapability", "V", {UTILS + " Soc_GetAPIVersion", UTILS + " Soc_GetCapability"}},
-      {"Soc_GetAPIVersion", "", {UTILS + " Soc_GetAPIVersion"}},
+      {"", loaded + "VC", {version, capability}},
+      {"Soc_GetCapability", loaded + "V", {version, capability}},
+      {"Soc_GetAPIVersion", loaded, {version}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.missing);
@@ -105,8 +108,7 @@ TEST(ProviderLoader, AsksAServiceUtilitiesProviderForItsTwoExports) {
     install(machine, {UTILS});
     machine.AddModule("other.dll", EXPORTS);  // nothing of it may be taken for the provider's
     machine.libraries[UTILS].erase(row.missing);
-    const std::string loaded = UTILS + " as " + UTILS + ": ";
-    EXPECT_EQ(contentOf(ProviderLoader(ServiceUtilsOnly)), loaded + row.bound);
+    EXPECT_EQ(contentOf(ProviderLoader(ServiceUtilsOnly)), row.content);
     EXPECT_EQ(machine.CallsOf("GetProcAddress"), row.asked);
     EXPECT_EQ(machine.calls.back(), "FreeLibrary " + UTILS);
   }
