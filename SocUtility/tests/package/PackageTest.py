@@ -27,10 +27,13 @@ def built_for_windows():
     return options.provider.read_bytes().startswith(b"MZ")
 
 
-def compiler_arguments():
+def configure_arguments(prefix):
+    """What a user says to CMake: the compiler and where the package is."""
     if options.toolchain:
-        return [f"-DCMAKE_TOOLCHAIN_FILE={options.toolchain}"]
-    return [f"-DCMAKE_CXX_COMPILER={options.cxx_compiler}"]
+        # A cross compiler's search for packages is confined to its own tree.
+        return [f"-DCMAKE_TOOLCHAIN_FILE={options.toolchain}",
+                f"-DZynSystemInfo_DIR={prefix}/lib/cmake/ZynSystemInfo"]
+    return [f"-DCMAKE_CXX_COMPILER={options.cxx_compiler}", f"-DCMAKE_PREFIX_PATH={prefix}"]
 
 
 class PackageTest(unittest.TestCase):
@@ -49,7 +52,7 @@ class PackageTest(unittest.TestCase):
     def test_cpp_client_is_built_through_the_cmake_package(self):
         build = options.work / "cpp-client"
         run("cmake", "-G", "Ninja", "-S", options.source / "examples" / "cpp-client", "-B", build,
-            f"-DCMAKE_PREFIX_PATH={self.prefix}", *compiler_arguments())
+            *configure_arguments(self.prefix))
         run("cmake", "--build", build)
         if built_for_windows():
             client, beside = build / "cpp-client.exe", build
