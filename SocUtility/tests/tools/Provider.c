@@ -2,6 +2,7 @@
  * component plus the key, and its GPU has a hostile name. The environment variable DSP_FAULT, as in
  * "17 crash", says at which DSP key it is faulty and how; "0 unload" makes it crash on its way out.
  */
+#include <stdbool.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -19,7 +20,8 @@ uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
 static const char* faultAt(uint64_t key) {
   const char* const setting = getenv("DSP_FAULT");
   char* fault = NULL;
-  return setting != NULL && key == strtoull(setting, &fault, 10) ? fault + 1 : "";
+  const bool here = setting != NULL && key == strtoull(setting, &fault, 10) && *fault == ' ';
+  return here ? fault + 1 : "";
 }
 
 __attribute__((destructor)) static void onUnload(void) {
