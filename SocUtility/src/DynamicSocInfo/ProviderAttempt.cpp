@@ -1,6 +1,5 @@
 #include "ProviderAttempt.h"
 
-#include <memory>
 #include <mutex>
 #include <stdexcept>
 
@@ -35,16 +34,25 @@ bool IsAcceptedProvider(const ProviderLoader& provider) {
          provider.getCapabilitySerialized != nullptr;
 }
 
+/// Notes the thread inside an attempt, and withdraws what warm queries answer from: those do not
+/// ask who calls, and the provider's own queries are to be refused.
+class ProviderAttempt::Running {
+ public:
+  Running() {
+    settledAnswers.store(&NO_SCALAR_ANSWERS, std::memory_order_relaxed);
+    runningThread_.store(GetCurrentThreadId(), std::memory_order_relaxed);
+  }
+  ~Running() { runningThread_.store(NO_THREAD, std::memory_order_relaxed); }
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+};
+
 bool ProviderAttempt::MakeOnceLocked(SocInfo& record) {
   const std::lock_guard lock(providerMutex);
   if (!IsStillToBeMade()) {
     return false;
   }
-  // The provider's own queries are to be refused, which warm ones would not ask about.
-  settledAnswers.store(&NO_SCALAR_ANSWERS, std::memory_order_relaxed);
-  runningThread_.store(GetCurrentThreadId(), std::memory_order_relaxed);
-  const auto unmark = [](auto* running) { running->store(NO_THREAD, std::memory_order_relaxed); };
-  const std::unique_ptr<std::atomic<DWORD>, decltype(unmark)> mark(&runningThread_, unmark);
+  const Running running;
   // The outcome first: whoever sees that the attempt was made must see how it ended.
   recordConfirmed_.store(importFromProvider(record), std::memory_order_release);
   providerAttempted_.store(true, std::memory_order_release);

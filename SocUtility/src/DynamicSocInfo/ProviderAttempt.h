@@ -22,8 +22,9 @@ class ProviderAttempt {
   /// Makes the attempt if there is one still to be made; of callers that arrive together one makes
   /// it and the others wait. Returns whether this call made it.
   ///
-  /// Throws what an attempt can: `std::bad_alloc`, `std::system_error`, whatever a provider lets
-  /// out. The attempt is then still to be made, and the provider has been unloaded.
+  /// Throws `std::bad_alloc`, `std::system_error`, and `std::runtime_error` for what came out of
+  /// the import, an exception of the provider's included as far as the platform carries one from
+  /// library to library. The attempt is then still to be made, and the provider has been unloaded.
   bool MakeOnce(SocInfo& record) { return IsStillToBeMade() && MakeOnceLocked(record); }
 
   /// Whether the record came from the catalogue or an attempt succeeded.
@@ -46,11 +47,12 @@ class ProviderAttempt {
   }
   bool MakeOnceLocked(SocInfo& record);
 
+  class Running;
   static constexpr DWORD NO_THREAD = 0;
 
   /// The thread inside an attempt, of which there is at most one. Unlike a thread-local mark it
   /// costs nothing to read while there is none, and no platform allocates for it.
-  static inline std::atomic<DWORD> runningThread_{NO_THREAD};
+  static inline constinit std::atomic<DWORD> runningThread_{NO_THREAD};
 
   std::atomic<bool> recordConfirmed_;
   std::atomic<bool> providerAttempted_{false};

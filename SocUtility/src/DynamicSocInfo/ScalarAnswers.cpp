@@ -5,8 +5,6 @@
 #include "ScalarEncoding.h"
 #include "capabilities/KeyTable.h"
 
-static_assert(KeyTable<DspInfo>::COMPONENT == DSP && KeyTable<CpuInfo>::COMPONENT == CPU);
-
 ScalarAnswers::ScalarAnswers(const SocInfo& record) noexcept {
   Encode(record.dsps.front());
   Encode(record.gpus.front());
@@ -16,8 +14,9 @@ ScalarAnswers::ScalarAnswers(const SocInfo& record) noexcept {
 template <class Record>
 void ScalarAnswers::Encode(const Record& entry) noexcept {
   constexpr std::size_t KEY_COUNT = KeyTable<Record>::FIELDS.size();
-  static_assert(KEY_COUNT <= KEYS);
-  auto& answers = answers_[KeyTable<Record>::COMPONENT - FIRST_COMPONENT];
+  constexpr std::uint64_t ROW = KeyTable<Record>::COMPONENT - FIRST_COMPONENT;
+  static_assert(ROW < COMPONENTS && KEY_COUNT <= KEYS);
+  auto& answers = answers_[ROW];
   for (std::size_t key = 0; key < KEY_COUNT; ++key) {
     visitField<Record>(
         key,
