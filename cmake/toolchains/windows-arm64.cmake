@@ -26,6 +26,9 @@ set(CMAKE_RC_COMPILER "${ZYN_ARM64_RC}")
 set(CMAKE_AR "${zyn_prefix}ar" CACHE FILEPATH "")
 set(CMAKE_RANLIB "${zyn_prefix}ranlib" CACHE FILEPATH "")
 
+# Runs ARM64 images in an emulated system, which scripts/test prepares.
+set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../../scripts/lib/run-wine-arm64")
+
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

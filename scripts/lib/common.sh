@@ -44,15 +44,19 @@ require_build_tools() {
     /usr/include/CLI/CLI.hpp=libcli11-dev /usr/include/nlohmann/json.hpp=nlohmann-json3-dev "$@"
 }
 
-# build PRESET [CMAKE_ARGUMENT ...]: configures when there is no build folder yet or arguments were
-# given, and builds what has changed.
-build() {
+# configure PRESET [CMAKE_ARGUMENT ...]: where there is no build folder yet or arguments were given.
+configure() {
   local preset=$1
   shift
   if [[ ! -f build/$preset/build.ninja ]] || (($#)); then
     step "Configuring $preset"
     cmake --preset "$preset" "$@" >&2
   fi
-  step "Building $preset"
-  cmake --build --preset "$preset" >&2
+}
+
+# build PRESET [CMAKE_ARGUMENT ...]: configures and builds what has changed.
+build() {
+  configure "$@"
+  step "Building $1"
+  cmake --build --preset "$1" >&2
 }
