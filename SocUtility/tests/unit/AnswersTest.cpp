@@ -17,13 +17,13 @@ using Key = std::pair<std::uint64_t, std::uint64_t>;  // component, key
 
 constexpr std::uint64_t HIGH = std::uint64_t{1} << 32;
 
-/// A record with one element in every list.
+/// A record with three elements in every list.
 SocInfo listRecord() {
   DspInfo dsp;
-  dsp.cap16 = {5};
-  dsp.cap46 = {{0, 6}};
-  dsp.cap47 = {"seven"};
-  dsp.cap48 = {{0, {"eight", 8}}};
+  dsp.cap16 = {5, 5, 5};
+  dsp.cap46 = {{0, 6}, {1, 6}, {2, 6}};
+  dsp.cap47 = {"seven", "seven", "seven"};
+  dsp.cap48 = {{0, {"eight", 8}}, {1, {"eight", 8}}, {2, {"eight", 8}}};
   return recordOf(dsp);
 }
 
@@ -173,7 +173,7 @@ TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
 }
 
 TEST(Answers, ListsNeedRoomForEveryByte) {
-  const std::map<std::uint32_t, std::uint64_t> sizes = {{16, 8}, {46, 8}, {47, 36}, {48, 40}};
+  const std::map<std::uint32_t, std::uint64_t> sizes = {{16, 24}, {46, 24}, {47, 108}, {48, 120}};
   for (const auto& [key, required] : sizes) {
     SCOPED_TRACE(key);
     const Answer tooSmall = ask(AnswerSerialized, listRecord(), DSP, key, required - 1);

@@ -27,6 +27,7 @@ struct Asked {
 template <class Member>
 std::vector<Member> each(const std::vector<Asked>& asked, Member Asked::*member) {
   std::vector<Member> members;
+  members.reserve(asked.size());
   for (const Asked& question : asked) {
     members.push_back(question.*member);
   }

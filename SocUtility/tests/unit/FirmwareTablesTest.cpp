@@ -95,7 +95,7 @@ TEST(PpttWalk, FindsTheFirstIdStructure) {
 TEST(PpttKey, IsTheLowHalfOfLevel1OverAllOfLevel2) {
   EXPECT_EQ(PpttKey({0, 0x2, 0x100000007}), 0x300000007U);
   EXPECT_EQ(PpttKey({0, 0xFFFFFFFF00000004, 0x9}), 0x400000009U);
-  EXPECT_EQ(PpttKey({0, 0, 0}), 0U);
+  EXPECT_EQ(PpttKey({0, 0xFEDCBA9876543210, 0x8000000000000001}), 0xF654321000000001U);
 }
 
 TEST(FadtOemRevision, StandsAt24) {

@@ -9,16 +9,18 @@
 
 namespace {
 
+using Numbers = std::vector<std::uint64_t>;
+
 const std::vector<Key> ALL_KEYS = [] {
   std::vector<Key> keys;
-  for (const std::uint64_t key :
-       {1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15, 16, 18, 19, 20, 21, 22, 23,
-        24, 25, 17, 26, 27, 28, 29, 30, 31, 32, 33, 34, 36, 37, 38, 39, 40, 41, 42, 43, 44}) {
+  for (const std::uint64_t key : Numbers{1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15,
+                                         16, 18, 19, 20, 21, 22, 23, 24, 25, 17, 26, 27, 28, 29, 30,
+                                         31, 32, 33, 34, 36, 37, 38, 39, 40, 41, 42, 43, 44}) {
     keys.emplace_back(DSP, key);
   }
   keys.emplace_back(CPU, 1);
   keys.emplace_back(CPU, 2);
-  for (const std::uint64_t key : {1, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}) {
+  for (const std::uint64_t key : Numbers{1, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}) {
     keys.emplace_back(GPU, key);
   }
   return keys;

@@ -12,7 +12,7 @@
 
 namespace {
 
-using Sizes = std::vector<std::uint64_t>;
+using Numbers = std::vector<std::uint64_t>;
 constexpr auto TOO_SMALL = INSUFFICIENT_SIZE;
 
 class SystemInfoImport : public testing::Test {
@@ -44,7 +44,7 @@ TEST_F(SystemInfoImport, AsksInOrderAndDefaultsWhatIsNotAnswered) {
       keys.emplace_back(DSP, key);
     }
   }
-  for (const std::uint64_t key : {1, 4, 5, 6, 7, 8, 9, 10, 11, 12}) {
+  for (const std::uint64_t key : Numbers{1, 4, 5, 6, 7, 8, 9, 10, 11, 12}) {
     keys.emplace_back(GPU, key);
   }
   keys.emplace_back(CPU, 1);
@@ -93,7 +93,7 @@ TEST_F(SystemInfoImport, ListsShareAScratchBuffer) {
   const Reply fails = {FAILURE, 0};
   struct Step {  // of one list key
     std::vector<Reply> script;
-    Sizes offered;
+    Numbers offered;
     std::size_t entries;
   };
   struct {
@@ -141,6 +141,16 @@ TEST_F(SystemInfoImport, ListsShareAScratchBuffer) {
       EXPECT_EQ(each(ofKey, &Asked::offered), row.steps[i].offered) << keys[i];
       EXPECT_EQ(entries[i], row.steps[i].entries) << keys[i];
     }
+  }
+}
+
+TEST_F(SystemInfoImport, AListThatIsNotTakenBecomesEmpty) {
+  for (const Reply& reply : {Reply{FAILURE, 8}, Reply{SUCCESS, 12}, Reply{TOO_SMALL, 8}}) {
+    provider_.lists[{DSP, 16}] = replies({reply});
+    std::vector<std::uint32_t> list = {50};
+    Bytes scratch(8);
+    ImportSerializedList(provider_.loader, 16, list, scratch);
+    EXPECT_TRUE(list.empty()) << reply.status;
   }
 }
 
