@@ -4,8 +4,9 @@
 #include <stdio.h>
 
 static int fail(const char* what, uint32_t status) {
-  fprintf(stderr, "%s: status %" PRIu32 "%s\n", what, status,
-          status == FAILURE ? ", the chip is unknown and no provider library describes it" : "");
+  const char* reason =
+      status == FAILURE ? ", the chip is unknown and no provider library describes it" : "";
+  (void)fprintf(stderr, "%s: status %" PRIu32 "%s\n", what, status, reason);
   return 1;
 }
 

@@ -76,7 +76,8 @@ int main() try {
   for (const NamedValue& entry : list<NamedValue>(48)) {
     std::cout << "DSP 48: " << entry.name.data() << " = " << entry.value << '\n';
   }
-  std::cout << "CPU 2: " << number(CPU, 2) << '\n';
+  const std::uint64_t cpu2 = number(CPU, 2);
+  std::cout << "CPU 2: " << cpu2 << '\n';
 } catch (const QueryError& error) {
   std::cerr << error.what();
   if (error.status == FAILURE) {
