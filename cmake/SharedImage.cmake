@@ -2,6 +2,13 @@
 # ZynSystemInfo.dll or libZynSystemInfo.so: exports exactly the names of ZynSystemInfo.def, carries
 # its C++ runtime inside, drops unused code, and has a version resource on Windows. Builds that test
 # or cross-compile check each image that they link with scripts/check-image.
+#
+# A hybrid ARM64X image is linked of two builds' objects: configure one for ARM64EC, build its target
+# SocCore, and name its folder to the ARM64 build. docs/windows.md tells with which toolchains.
+set(ZYN_ARM64EC_BUILD "" CACHE PATH "Build folder of the same sources for ARM64EC")
+set(ZYN_ARM64X_LINK_OPTIONS
+  "-marm64x;-Wl,-Xlink=-defArm64Native:${CMAKE_CURRENT_LIST_DIR}/ZynSystemInfo.def"
+  CACHE STRING "What makes the linker write a hybrid image, exporting the same names to both sides")
 set(ZYN_IMAGE_DIR "${CMAKE_CURRENT_LIST_DIR}")
 if(WIN32)
   enable_language(RC)
@@ -48,6 +55,17 @@ function(zyn_check_image target max_size)
     VERBATIM)
 endfunction()
 
+function(zyn_add_arm64ec_objects target)
+  file(GLOB_RECURSE objects CONFIGURE_DEPENDS
+    "${ZYN_ARM64EC_BUILD}/SocUtility/CMakeFiles/SocObjects.dir/*.obj")
+  if(NOT objects)
+    message(FATAL_ERROR "no objects in ZYN_ARM64EC_BUILD: ${ZYN_ARM64EC_BUILD}")
+  endif()
+  set_source_files_properties(${objects} PROPERTIES EXTERNAL_OBJECT ON)
+  target_sources(${target} PRIVATE ${objects})
+  target_link_options(${target} PRIVATE ${ZYN_ARM64X_LINK_OPTIONS})
+endfunction()
+
 function(zyn_shared_image target)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "MAX_SIZE" "")
   set(def "${ZYN_IMAGE_DIR}/ZynSystemInfo.def")
@@ -65,6 +83,10 @@ function(zyn_shared_image target)
       target_link_options(${target} PRIVATE -Wl,--no-insert-timestamp)
     endif()
     zyn_add_version_resource(${target})
+    if(ZYN_ARM64EC_BUILD)
+      zyn_add_arm64ec_objects(${target})
+      math(EXPR arg_MAX_SIZE "2 * ${arg_MAX_SIZE}")
+    endif()
   else()
     set(map "${CMAKE_CURRENT_BINARY_DIR}/ZynSystemInfo.map")
     zyn_write_version_script("${def}" "${map}")

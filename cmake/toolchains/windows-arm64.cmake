@@ -3,6 +3,7 @@
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR ARM64)
 
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ZYN_ARM64_CXX ZYN_ARM64_RC)
 find_program(ZYN_ARM64_CXX aarch64-w64-mingw32-clang++)
 if(NOT ZYN_ARM64_CXX)
   execute_process(
@@ -21,6 +22,11 @@ endif()
 string(REGEX REPLACE "clang\\+\\+$" "" zyn_prefix "${ZYN_ARM64_CXX}")
 set(CMAKE_C_COMPILER "${zyn_prefix}clang")
 set(CMAKE_CXX_COMPILER "${ZYN_ARM64_CXX}")
+# Zig builds its runtime by the options of the link; this is the small one that scripts/zig/install
+# has made already.
+foreach(kind EXE SHARED MODULE)
+  set(CMAKE_${kind}_LINKER_FLAGS_INIT -Os)
+endforeach()
 set(ZYN_ARM64_RC "${zyn_prefix}windres" CACHE FILEPATH "")
 set(CMAKE_RC_COMPILER "${ZYN_ARM64_RC}")
 set(CMAKE_AR "${zyn_prefix}ar" CACHE FILEPATH "")
