@@ -14,8 +14,9 @@
 ///    call of each query function identifies the chip and may load a provider library; later ones
 ///    only read.
 /// 6. A refused component or key, and a list that does not fit, put one line on standard error.
-/// 7. No function throws. A provider library that calls a query function while it is itself being
-///    asked gets `FAILURE`.
+/// 7. No function throws. A provider library that calls a query function on the thread that is
+///    asking it gets `FAILURE`; on another thread the call waits until the provider is done, so it
+///    must not wait for such a thread.
 #ifndef ZYN_SYSTEM_INFO_H
 #define ZYN_SYSTEM_INFO_H
 

@@ -12,7 +12,17 @@ namespace {
 /// layer and the provider calls rely on it.
 std::mutex providerMutex;
 
+/// A first throw of the library's own. The unwinder linked into it is not ready before that, while
+/// a provider's exception arrives by another copy of the unwinder and would end the process.
+void makeUnwinderReady() {
+  try {
+    throw 0;
+  } catch (int) {
+  }
+}
+
 bool importFromProvider(SocInfo& record) {
+  makeUnwinderReady();
   ProviderLoader provider(ServiceUtilsOnly);
   try {
     return IsAcceptedProvider(provider) && ImportProviderCapabilities(provider, record);

@@ -13,9 +13,22 @@ namespace {
 constexpr std::size_t VARIABLE_ANSWER_FIRST_SIZE = 32;
 constexpr std::size_t WORD = sizeof(std::uint64_t);
 
+[[noreturn]] void failForSize() { throw std::runtime_error("reported size cannot be held"); }
+
 void resizeOrThrow(std::vector<std::uint8_t>& buffer, std::uint64_t size) {
   if (!ResizeToReported(buffer, size)) {
-    throw std::runtime_error("reported size cannot be held");
+    failForSize();
+  }
+}
+
+/// What `decode` makes of an answer. Its memory is of a size that the provider chose, so running
+/// out of it fails the call.
+template <class Decode>
+auto decodeReported(Decode decode) {
+  try {
+    return decode();
+  } catch (const std::bad_alloc&) {
+    failForSize();
   }
 }
 
@@ -99,11 +112,13 @@ std::vector<std::uint64_t> ReadU64Vector(ProviderLoader& provider, std::uint32_t
   if (count * WORD != elementBytes) {
     throw std::runtime_error("vector buffer does not match expected size");
   }
-  std::vector<std::uint64_t> elements(count);
-  if (count != 0) {
-    std::memcpy(elements.data(), bytes.data() + WORD, elementBytes);
-  }
-  return elements;
+  return decodeReported([&] {
+    std::vector<std::uint64_t> elements(count);
+    if (count != 0) {
+      std::memcpy(elements.data(), bytes.data() + WORD, elementBytes);
+    }
+    return elements;
+  });
 }
 
 std::string ReadCapabilityString(ProviderLoader& provider, std::uint32_t component,
@@ -114,7 +129,7 @@ std::string ReadCapabilityString(ProviderLoader& provider, std::uint32_t compone
   if (end == bytes.end()) {
     throw std::runtime_error("missing null terminator");
   }
-  return {bytes.begin(), end};
+  return decodeReported([&] { return std::string(bytes.begin(), end); });
 }
 
 bool TryGetU64(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
@@ -148,11 +163,13 @@ bool TryGetU32List(ProviderLoader& provider, std::uint32_t component, std::uint3
                    std::vector<std::uint32_t>& out) {
   return tryRead(out, [&] {
     const std::vector<std::uint64_t> elements = ReadU64Vector(provider, component, key);
-    std::vector<std::uint32_t> values(elements.size());
-    std::ranges::transform(elements, values.begin(), [](std::uint64_t element) {
-      return static_cast<std::uint32_t>(element);
+    return decodeReported([&] {
+      std::vector<std::uint32_t> values(elements.size());
+      std::ranges::transform(elements, values.begin(), [](std::uint64_t element) {
+        return static_cast<std::uint32_t>(element);
+      });
+      return values;
     });
-    return values;
   });
 }
 

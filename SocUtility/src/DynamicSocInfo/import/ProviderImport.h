@@ -33,8 +33,7 @@ extern const ImportKeys CPU_IMPORT_KEYS;
 /// replacing them. What was imported stays, whatever the result.
 ///
 /// \return Whether the import counts: true, unless the chip is unknown (`socModel` 0) and a
-/// required
-///         DSP or GPU key was not imported. Throws `std::bad_alloc`.
+///         required DSP or GPU key was not imported. Throws `std::bad_alloc`.
 bool ImportProviderCapabilities(ProviderLoader& provider, SocInfo& record);
 
 /// Imports over the values of one entry; a key that the provider does not answer keeps its value.

@@ -1,6 +1,7 @@
 #include "import/SystemInfoImport.h"
 
 #include <cstddef>
+#include <new>
 #include <utility>
 
 #include "capabilities/KeyTable.h"
@@ -81,8 +82,14 @@ template <class List>
 void ImportSerializedList(ProviderLoader& provider, std::uint32_t key, List& field,
                           std::vector<std::uint8_t>& buffer) {
   List* const target = &field;
-  if (!TryGetSerializedBytes(provider, DSP, key, buffer) ||
-      !deserialize<List>(buffer.data(), buffer.size(), {&target, 1})) {
+  bool imported = false;
+  try {
+    imported = TryGetSerializedBytes(provider, DSP, key, buffer) &&
+               deserialize<List>(buffer.data(), buffer.size(), {&target, 1});
+  } catch (const std::bad_alloc&) {
+    // The list is as long as the provider chose to make it: too long for memory is malformed.
+  }
+  if (!imported) {
     field.clear();
   }
 }

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <type_traits>
 
+#include "provider/OwnedBlock.h"
+
 namespace {
 
 using WideView = std::basic_string_view<WCHAR>;
@@ -27,10 +29,6 @@ using KeyHandle = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseKey>;
 
 struct FreeLocal {
   void operator()(void* block) const { LocalFree(block); }
-};
-
-struct FreeBlock {
-  void operator()(void* block) const { std::free(block); }
 };
 
 /// The path of a service's binary as the service manager stores it, or empty.
@@ -88,7 +86,7 @@ std::optional<std::string> acceleratorInstancePath() {
                                &size) != ERROR_SUCCESS) {
     return std::nullopt;
   }
-  const std::unique_ptr<char, FreeBlock> text(static_cast<char*>(std::malloc(size)));
+  const OwnedBlock<char> text(static_cast<char*>(std::malloc(size)));
   if (!text || RegGetValueA(devices.get(), nullptr, "0", RRF_RT_REG_SZ, nullptr, text.get(),
                             &size) != ERROR_SUCCESS) {
     return std::nullopt;

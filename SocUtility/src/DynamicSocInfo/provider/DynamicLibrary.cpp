@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "platform/WindowsApi.h"
+#include "provider/OwnedBlock.h"
 
 namespace {
 
@@ -26,10 +27,6 @@ struct ModuleRelease {
   void operator()(HMODULE module) const { FreeLibrary(module); }
 };
 using OwnedModule = std::unique_ptr<std::remove_pointer_t<HMODULE>, ModuleRelease>;
-
-struct FreeBlock {
-  void operator()(void* block) const { std::free(block); }
-};
 
 /// Learns the size in bytes of the process's module list.
 bool moduleListSize(DWORD& size) {
@@ -96,7 +93,7 @@ void* dlSym(void* handle, const char* symbolName) {
   }
   // The list is taken for every lookup, a real handle's too: a process whose modules cannot be
   // listed gets no symbols at all, whatever the handle.
-  const std::unique_ptr<HMODULE[], FreeBlock> modules(static_cast<HMODULE*>(std::malloc(size)));
+  const OwnedBlock<HMODULE[]> modules(static_cast<HMODULE*>(std::malloc(size)));
   if (!modules) {
     return fail("malloc failed");
   }

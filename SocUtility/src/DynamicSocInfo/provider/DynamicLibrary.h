@@ -16,8 +16,7 @@ inline constexpr std::uint32_t DL_LOCAL = 2;   ///< Hide a module that this call
 inline constexpr std::uint32_t DL_GLOBAL = 4;  ///< Make the module visible again.
 inline constexpr std::uint32_t DL_NOLOAD = 8;  ///< Only find a module that is already loaded.
 
-/// The pseudo-handle of every module of the process that is not hidden. No real handle has this
-/// value.
+/// The pseudo-handle of every module of the process that is not hidden. No real handle equals it.
 // NOLINTNEXTLINE(performance-no-int-to-ptr)
 inline void* const DL_DEFAULT = reinterpret_cast<void*>(std::uintptr_t{4});
 
@@ -25,12 +24,9 @@ inline void* const DL_DEFAULT = reinterpret_cast<void*>(std::uintptr_t{4});
 ///
 /// \param fileName A path, or a bare name that is searched for the platform's way.
 /// \param flags    `DL_NOW` with any others, or `DL_NOLOAD` alone. With `DL_NOLOAD` nothing is
-/// loaded
-///                 and no reference taken: such a handle must not be closed.
-/// \return The module handle, or null; with `DL_NOLOAD` null for a module that is not loaded,
-/// without
-///         a message. Throws `std::bad_alloc` when a module cannot be noted as hidden, and has then
-///         released it.
+///                 loaded and no reference taken: such a handle must not be closed.
+/// \return The module handle, or null; a module that `DL_NOLOAD` does not find leaves no message.
+///         Throws `std::bad_alloc` when a module cannot be noted as hidden, and has released it.
 void* dlOpen(const char* fileName, std::uint32_t flags);
 
 /// The address of a symbol of one module, or of the first module that has it for `DL_DEFAULT`; null
