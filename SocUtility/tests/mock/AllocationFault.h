@@ -1,25 +1,23 @@
-/// Allocations that fail on demand: the test program's `operator new`, or the `malloc` called by
+/// Allocations that fail on demand: the test program's `operator new`, and the `malloc` called by
 /// the code linked into it.
 #pragma once
 
-/// While it lives, the `nth` allocation of its kind fails, counted from 1. One at a time, used from
-/// one thread.
+#include <utility>
+
+/// While it lives, the `nth` allocation fails, counted from 1; none for 0. An inner fault suspends
+/// the outer one. Used from one thread.
 class AllocationFault {
  public:
-  enum Kind { NONE, NEW, MALLOC };
-
-  AllocationFault(Kind kind, int nth);
-  ~AllocationFault();
+  explicit AllocationFault(int nth) : outer_(std::exchange(countdown, nth)) {}
+  ~AllocationFault() { countdown = outer_; }
   AllocationFault(const AllocationFault&) = delete;
   AllocationFault& operator=(const AllocationFault&) = delete;
 
-  bool Happened() const;
+  static bool Happened() { return countdown == 0; }
+  /// Counts one allocation; whether it is to fail.
+  static bool IsDue() { return countdown > 0 && --countdown == 0; }
 
-  /// Allocations of the mocked platform itself neither count nor fail.
-  struct Pause {
-    Pause();
-    ~Pause();
-    Pause(const Pause&) = delete;
-    Pause& operator=(const Pause&) = delete;
-  };
+ private:
+  static inline int countdown = 0;
+  int outer_;
 };
