@@ -5,14 +5,14 @@
 #include "ScalarEncoding.h"
 #include "capabilities/KeyTable.h"
 
-ScalarAnswers::ScalarAnswers(const SocInfo& record) noexcept {
+ScalarAnswers::ScalarAnswers(const SocInfo& record) {
   Encode(record.dsps.front());
   Encode(record.gpus.front());
   Encode(record.cpu);
 }
 
 template <class Record>
-void ScalarAnswers::Encode(const Record& entry) noexcept {
+void ScalarAnswers::Encode(const Record& entry) {
   constexpr std::size_t KEY_COUNT = KeyTable<Record>::FIELDS.size();
   constexpr std::uint64_t ROW = KeyTable<Record>::COMPONENT - FIRST_COMPONENT;
   static_assert(ROW < COMPONENTS && KEY_COUNT <= KEYS);

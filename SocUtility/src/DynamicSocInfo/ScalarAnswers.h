@@ -18,7 +18,7 @@ class ScalarAnswers {
   /// No answers at all.
   constexpr ScalarAnswers() = default;
   /// A record's answers.
-  explicit ScalarAnswers(const SocInfo& record) noexcept;
+  explicit ScalarAnswers(const SocInfo& record);
 
   /// Writes the answer to `buffer`, which has `capacity` bytes, if there is one and it fits. The
   /// key is compared as a whole. Returns whether it was written.
@@ -56,7 +56,7 @@ class ScalarAnswers {
   };
 
   template <class Record>
-  void Encode(const Record& entry) noexcept;
+  void Encode(const Record& entry);
 
   std::array<std::array<Answer, KEYS>, COMPONENTS> answers_{};
 };

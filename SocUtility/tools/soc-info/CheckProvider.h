@@ -40,9 +40,8 @@ void WriteText(std::ostream& out, const ProviderCheck& check);
 /// - `reason`         why not, or null
 /// - `stopped`        null, or `at`: the step that was not survived ("load", "DSP 17", "unload",
 ///                    "exit"), `how`: "crash" or "hang", `detail`: text or null
-/// - `statuses`       of `DSP` and `GPU`: 0 every key answered, 1 optional ones missing, -2
-/// required
-///                    ones missing; null when not all were asked
+/// - `statuses`       of `DSP` and `GPU`: 0 every key answered, 1 optional ones missing,
+///                    -2 required ones missing; null when not all were asked
 /// - `importCounts`   whether the import would count for an unknown chip; the exit status tells too
 /// - `keys`           in the order asked: `component`, `key`, `required`, `type`, `answered`,
 ///                    `value` as imported (null without one, or when no finite number), `message`
