@@ -52,7 +52,7 @@ TEST(IdentifyChip, ReadsTheTablesAgainUntilAKeyWasLookedUp) {
       {"special FADT", tableOf({{24, FADT_RULE.oemRevision}}), good, 2, FADT_RULE.chipId},
       {"no FADT", {}, good, 1, 0},
       {"no PPTT", ordinary, {}, 3, 0},
-      {"PPTT outgrew the buffer", ordinary, good, 4, 0, false, 4},
+      {"FADT outgrew the buffer", ordinary, good, 2, 0, false, 2},
       {"large PPTT", ordinary, large, 4, chipId, true},
       {"no memory", ordinary, good, 0, 0, false, 0, 1},
       {"none for a large PPTT", ordinary, large, 3, 0, false, 0, 2},
