@@ -26,9 +26,12 @@ def main():
     Settings.machines = options.machines.resolve()
     Settings.launcher = options.launcher.split()
     # The first process through a launcher may start a whole system, which ends with the last one:
-    # this one stays until all tests have run.
+    # this one answers when the system is up, and stays until all tests have run.
     with subprocess.Popen([*Settings.launcher, Settings.client, Settings.library],
-                          stdin=subprocess.PIPE):
+                          stdin=subprocess.PIPE, stdout=subprocess.PIPE) as first:
+        first.stdin.write(b"v\n")
+        first.stdin.flush()
+        first.stdout.readline()
         unittest.main(argv=[sys.argv[0], *rest])
 
 
