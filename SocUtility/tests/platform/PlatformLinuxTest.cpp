@@ -62,22 +62,6 @@ TEST(LinuxModule, LoadedFromARelativePathKeepsItsDirectory) {
   fs::current_path(startDirectory);
 }
 
-TEST(LinuxModule, CutPathIsTerminated) {
-  const std::string path = pathOf(nullptr);
-  std::array<char, 6> cut{};
-  cut.fill('#');
-  EXPECT_EQ(GetModuleFileNameA(nullptr, cut.data(), 5), 5U);
-  EXPECT_EQ(std::string_view(cut.data(), 6), path.substr(0, 4) + '\0' + '#');
-}
-
-TEST(LinuxEnvironmentVariable, EmptyIsNotMissing) {
-  setenv("PLATFORM_TEST_EMPTY", "", 1);
-  std::array<WCHAR, 1> buffer{};
-  SetLastError(ERROR_ENVVAR_NOT_FOUND);
-  EXPECT_EQ(GetEnvironmentVariableW(u"PLATFORM_TEST_EMPTY", buffer.data(), 1), 0U);
-  EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-}
-
 TEST(LinuxEnvironmentVariable, BytesThatAreNoUtf8AreReplaced) {
   struct Row {
     const char* bytes;
