@@ -1,6 +1,5 @@
 /* Counts what one warm call takes: CallCosts LIBRARY prints, a line each, "ALLOCATIONS LOCKS NAME".
  * This program's allocation and lock functions stand before the system's, for its libraries too. */
-#define _GNU_SOURCE
 #include <dlfcn.h>
 #include <pthread.h>
 #include <stdint.h>
@@ -14,9 +13,11 @@
 typedef uint32_t (*QueryFunction)(uint64_t, uint64_t, void*, uint64_t*);
 typedef int (*LockFunction)(void*);
 
+/* NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl*): the C library's names */
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* block, size_t size);
+/* NOLINTEND(bugprone-reserved-identifier,cert-dcl*) */
 
 static unsigned allocations;
 static unsigned locks;

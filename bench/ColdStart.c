@@ -2,7 +2,6 @@
  * one line the nanoseconds of processor time until main, those that the three steps took, and the
  * memory kept after them in bytes: pages of the process's own, and heap in use. A library without
  * the list query is loaded and no more. */
-#define _GNU_SOURCE
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>

@@ -20,28 +20,28 @@ using QueryFunction = std::uint32_t (*)(std::uint64_t component, std::uint64_t k
 
 struct Question {
   const char* name;
-  bool isList;
   std::uint64_t component;
   std::uint64_t key;
   std::uint64_t size;
   std::uint32_t status;  ///< Expected.
+  bool isList = false;
 };
 
 constexpr Question QUESTIONS[] = {
-    {"scalar i32", false, DSP, 1, 8, SUCCESS},
-    {"scalar u32", false, DSP, 4, 8, SUCCESS},
-    {"scalar u64", false, DSP, 7, 8, SUCCESS},
-    {"scalar u8", false, DSP, 38, 8, SUCCESS},
-    {"scalar bool", false, DSP, 6, 8, SUCCESS},
-    {"scalar f32", false, DSP, 43, 4, SUCCESS},
-    {"scalar string", false, GPU, 4, 64, SUCCESS},
-    {"refusal: buffer too small", false, DSP, 1, 4, INSUFFICIENT_SIZE},
-    {"refusal: no such key", false, DSP, 35, 8, UNSUPPORTED_KEY},
-    {"refusal: no such component", false, 4, 1, 8, UNSUPPORTED_COMPONENT},
-    {"refusal: list asked as scalar", false, DSP, 16, 16, UNSUPPORTED_KEY},
-    {"list", true, DSP, 16, 512, SUCCESS},
-    {"list without entries", true, DSP, 47, 512, SUCCESS},
-    {"list, buffer too small", true, DSP, 16, 0, INSUFFICIENT_SIZE},
+    {"scalar i32", DSP, 1, 8, SUCCESS},
+    {"scalar u32", DSP, 4, 8, SUCCESS},
+    {"scalar u64", DSP, 7, 8, SUCCESS},
+    {"scalar u8", DSP, 38, 8, SUCCESS},
+    {"scalar bool", DSP, 6, 8, SUCCESS},
+    {"scalar f32", DSP, 43, 4, SUCCESS},
+    {"scalar string", GPU, 4, 64, SUCCESS},
+    {"refusal: buffer too small", DSP, 1, 4, INSUFFICIENT_SIZE},
+    {"refusal: no such key", DSP, 35, 8, UNSUPPORTED_KEY},
+    {"refusal: no such component", 4, 1, 8, UNSUPPORTED_COMPONENT},
+    {"refusal: list asked as scalar", DSP, 16, 16, UNSUPPORTED_KEY},
+    {"list", DSP, 16, 512, SUCCESS, true},
+    {"list without entries", DSP, 47, 512, SUCCESS, true},
+    {"list, buffer too small", DSP, 16, 0, INSUFFICIENT_SIZE, true},
 };
 
 void ask(benchmark::State& state, QueryFunction query, const Question& question) {
@@ -63,7 +63,7 @@ QueryFunction load(const char* path, const char* name) {
   void* const module = HostOpen(path);
   const HostFunction function = module != nullptr ? HostSymbol(module, name) : nullptr;
   if (function == nullptr) {
-    std::fprintf(stderr, "%s: does not load, or lacks %s\n", path, name);
+    (void)std::fprintf(stderr, "%s: does not load, or lacks %s\n", path, name);
     std::exit(2);
   }
   return reinterpret_cast<QueryFunction>(function);
@@ -78,12 +78,12 @@ void add(const char* name, QueryFunction query, const Question& question) {
 
 int main(int argc, char** argv) {
   if (argc < 3) {
-    std::fputs("usage: WarmQueries LIBRARY FLOOR [OPTION ...]\n", stderr);
+    (void)std::fputs("usage: WarmQueries LIBRARY FLOOR [OPTION ...]\n", stderr);
     return 2;
   }
   const QueryFunction scalar = load(argv[1], "Soc_GetCapability");
   const QueryFunction list = load(argv[1], "Soc_GetCapabilitySerialized");
-  add("floor", load(argv[2], "Soc_GetCapability"), {"", false, DSP, 7, 8, SUCCESS});
+  add("floor", load(argv[2], "Soc_GetCapability"), {"", DSP, 7, 8, SUCCESS});
   for (const Question& question : QUESTIONS) {
     add(question.name, question.isList ? list : scalar, question);
   }

@@ -10,20 +10,16 @@ constexpr std::size_t MAX_TARGETS = 3;
 
 template <class List>
 std::vector<List*> pointersTo(std::vector<List>& lists) {
-  std::vector<List*> pointers;
-  for (List& list : lists) {
-    pointers.push_back(&list);
-  }
+  std::vector<List*> pointers(lists.size());
+  std::ranges::transform(lists, pointers.begin(), [](List& list) { return &list; });
   return pointers;
 }
 
 /// What was read can be written, and reads back the same.
 template <class List>
 void requireRoundTrip(const std::vector<List>& lists) {
-  std::vector<const List*> sources;
-  for (const List& list : lists) {
-    sources.push_back(&list);
-  }
+  std::vector<const List*> sources(lists.size());
+  std::ranges::transform(lists, sources.begin(), [](const List& list) { return &list; });
   std::uint64_t size = 0;
   if (serialize<List>(nullptr, &size, sources)) {
     require(size == 0);
