@@ -15,6 +15,7 @@ namespace {
 
 using Key = std::pair<std::uint64_t, std::uint64_t>;  // component, key
 
+constexpr std::uint64_t MAX = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t HIGH = std::uint64_t{1} << 32;
 
 /// A record with three elements in every list.
@@ -38,6 +39,15 @@ constexpr Line SCALAR_GPU = "NOT A SERIALIZED GPU CAPABILITY: #";
 constexpr Line SCALAR_CPU = "NOT A SERIALIZED CPU CAPABILITY: #";
 constexpr Line NO_UNIT = "UNSUPPORTED_COMPONENT: #";
 
+/// The answer must be a refusal with `line`, and the buffer as it was.
+void expectRefused(const Answer& answer, std::uint32_t status, std::uint64_t size,
+                   const std::string& line) {
+  EXPECT_EQ(answer.status, status);
+  EXPECT_EQ(answer.size, size);
+  EXPECT_EQ(answer.buffer, bufferWith({}));
+  EXPECT_EQ(answer.writes, std::vector{line + '\n'});
+}
+
 /// The answer must be a refusal with `line`, where # stands for `number`, or none.
 void expectLine(Query query, std::uint64_t component, std::uint64_t key, Line line,
                 std::int64_t number) {
@@ -46,15 +56,12 @@ void expectLine(Query query, std::uint64_t component, std::uint64_t key, Line li
     EXPECT_EQ(answer.status, SUCCESS);
     EXPECT_EQ(answer.writes, std::vector<std::string>{});
     EXPECT_LE(answer.allocations, query == AnswerScalar ? 0U : 1U);
-    EXPECT_NE(answer.buffer, bufferWith({}));
     return;
   }
-  std::string expected = std::string(line) + '\n';
+  std::string expected(line);
   expected.replace(expected.find('#'), 1, std::to_string(number));
-  EXPECT_EQ(answer.status, line == NO_UNIT ? UNSUPPORTED_COMPONENT : UNSUPPORTED_KEY);
-  EXPECT_EQ(answer.writes, std::vector{expected});
-  EXPECT_EQ(answer.size, BUFFER_SIZE);
-  EXPECT_EQ(answer.buffer, bufferWith({}));
+  expectRefused(answer, line == NO_UNIT ? UNSUPPORTED_COMPONENT : UNSUPPORTED_KEY, BUFFER_SIZE,
+                expected);
   EXPECT_EQ(answer.allocations, 0U);
 }
 
@@ -74,7 +81,6 @@ TEST(Answers, OfEveryKeyAndOnePastEachEnd) {
       {DSP, 49, 70, NO_DSP, NO_DSP, 49},
       {DSP, HIGH - 1, HIGH - 1, NO_DSP, NO_DSP, -1},
       {DSP, HIGH + 1, HIGH + 1, ANSWERED, SCALAR_DSP, 1},
-      {DSP, HIGH + 16, HIGH + 16, LIST, ANSWERED, 16},
       {GPU, 0, 0, NO_GPU, NO_GPU, 0},
       {GPU, 1, 12, ANSWERED, SCALAR_GPU, 1},
       {GPU, 13, 13, ANSWERED, NO_GPU, 13},
@@ -83,9 +89,7 @@ TEST(Answers, OfEveryKeyAndOnePastEachEnd) {
       {CPU, 1, 2, ANSWERED, SCALAR_CPU, 1},
       {CPU, 3, 20, NO_CPU, NO_CPU, 3},
       {0, 1, 1, NO_UNIT, NO_UNIT, 0},
-      {1, 1, 1, NO_UNIT, NO_UNIT, 1},
       {4, 16, 16, NO_UNIT, NO_UNIT, 4},
-      {6, 1, 1, NO_UNIT, NO_UNIT, 6},
       {HIGH + 2, 16, 16, NO_UNIT, NO_UNIT, 2},
       {HIGH / 2, 1, 1, NO_UNIT, NO_UNIT, -2147483648},
   };
@@ -99,33 +103,15 @@ TEST(Answers, OfEveryKeyAndOnePastEachEnd) {
   }
 }
 
-TEST(Answers, MinimumSizeGoesByWholeNumbers) {
-  const std::map<Key, std::uint64_t> others = {
-      {{GPU, 4}, 12}, {{DSP, 16}, 16}, {{DSP, 43}, 4}, {{DSP, 44}, 4}};
-  for (std::uint64_t component = 0; component <= 7; ++component) {
-    for (std::uint64_t key = 0; key <= 60; ++key) {
-      const auto other = others.find({component, key});
-      const std::uint64_t minimum = other == others.end() ? 8 : other->second;
-      EXPECT_EQ(MinimumSize(component, key), minimum) << component << " " << key;
-      EXPECT_EQ(MinimumSize(component + HIGH, key), 8U) << component << " " << key;
-      EXPECT_EQ(MinimumSize(component, key + HIGH), 8U) << component << " " << key;
-    }
-  }
-}
-
 TEST(Answers, GpuNameNeedsRoomForItsNul) {
-  const std::string longName(60, 'n');
   struct {
     std::string name;
     std::uint64_t size;
     std::uint32_t status;
   } const ROWS[] = {
-      {"", 12, SUCCESS},
       {"eleven char", 12, SUCCESS},
       {"twelve chars", 12, INSUFFICIENT_SIZE},
       {"twelve chars", 13, SUCCESS},
-      {longName, 60, INSUFFICIENT_SIZE},
-      {longName, 61, SUCCESS},
   };
   for (const auto& row : ROWS) {
     SCOPED_TRACE(testing::Message() << row.name << ", " << row.size);
@@ -150,40 +136,45 @@ TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
   const ScalarAnswers answers(record);
   Bytes buffer = bufferWith({});
   // A list query that failed leaves the largest size of all behind for the next query to be given.
-  constexpr std::uint64_t LARGEST = std::numeric_limits<std::uint64_t>::max();
-  EXPECT_FALSE(NO_SCALAR_ANSWERS.Write(DSP, 1, buffer.data(), LARGEST));
-  for (const std::uint64_t high : {std::uint64_t{0}, HIGH}) {
-    for (std::uint64_t component = 0; component <= 7; ++component) {
-      for (std::uint64_t key = 0; key <= 70; ++key) {
-        const Answer inFull = ask(AnswerScalar, record, component, key);
-        const bool isHeld =
-            inFull.status == SUCCESS && Key{component, key} != Key{GPU, 4} && high == 0;
-        for (const std::uint64_t capacity : {std::uint64_t{0}, std::uint64_t{3}, std::uint64_t{4},
-                                             std::uint64_t{7}, std::uint64_t{8}, LARGEST}) {
-          SCOPED_TRACE(testing::Message() << component << " " << key << " " << capacity);
-          const bool expected = isHeld && capacity >= MinimumSize(component, key);
-          buffer = bufferWith({});
-          EXPECT_EQ(answers.Write(component, high + key, buffer.data(), capacity), expected);
-          EXPECT_EQ(buffer, expected ? inFull.buffer : bufferWith({}));
-          EXPECT_FALSE(answers.Write(HIGH + component, key, buffer.data(), capacity));
-        }
+  EXPECT_FALSE(NO_SCALAR_ANSWERS.Write(DSP, 1, buffer.data(), MAX));
+  const std::map<Key, std::uint64_t> otherMinimums = {
+      {{GPU, 4}, 12}, {{DSP, 16}, 16}, {{DSP, 43}, 4}, {{DSP, 44}, 4}};
+  for (std::uint64_t component = 0; component <= 7; ++component) {
+    for (std::uint64_t key = 0; key <= 70; ++key) {
+      SCOPED_TRACE(testing::Message() << component << " " << key);
+      const auto other = otherMinimums.find({component, key});
+      const std::uint64_t minimum = other == otherMinimums.end() ? 8 : other->second;
+      EXPECT_EQ(MinimumSize(component, key), minimum);
+      EXPECT_EQ(MinimumSize(component + HIGH, key), 8U);
+      EXPECT_EQ(MinimumSize(component, key + HIGH), 8U);
+
+      const Answer inFull = ask(AnswerScalar, record, component, key);
+      const bool isHeld = inFull.status == SUCCESS && Key{component, key} != Key{GPU, 4};
+      for (const std::uint64_t capacity : std::vector<std::uint64_t>{0, 3, 4, 7, 8, MAX}) {
+        buffer = bufferWith({});
+        EXPECT_FALSE(answers.Write(HIGH + component, key, buffer.data(), capacity));
+        EXPECT_FALSE(answers.Write(component, HIGH + key, buffer.data(), capacity));
+        EXPECT_EQ(buffer, bufferWith({}));
+        const bool expected = isHeld && capacity >= minimum;
+        EXPECT_EQ(answers.Write(component, key, buffer.data(), capacity), expected);
+        EXPECT_EQ(buffer, expected ? inFull.buffer : bufferWith({}));
       }
     }
   }
 }
 
-TEST(Answers, ListsNeedRoomForEveryByte) {
+TEST(Answers, ListsNeedRoomForEveryByteAndShortNames) {
   const std::map<std::uint32_t, std::uint64_t> sizes = {{16, 24}, {46, 24}, {47, 108}, {48, 120}};
+  const std::string tooLong(32, 'n');
+  DspInfo dsp;
+  dsp.cap47 = {"fits", tooLong};
+  dsp.cap48 = {{0, {"fits", 1}}, {1, {tooLong, 2}}};
   for (const auto& [key, required] : sizes) {
     SCOPED_TRACE(key);
+    const std::string line = "INSUFFICIENT_SIZE FOR KEY: " + std::to_string(key);
     const Answer tooSmall = ask(AnswerSerialized, listRecord(), DSP, key, required - 1);
-    EXPECT_EQ(tooSmall.status, INSUFFICIENT_SIZE);
-    EXPECT_EQ(tooSmall.size, required);
-    EXPECT_EQ(tooSmall.buffer, bufferWith({}));
-    EXPECT_EQ(tooSmall.writes,
-              std::vector{"INSUFFICIENT_SIZE FOR KEY: " + std::to_string(key) + "\n"});
+    expectRefused(tooSmall, INSUFFICIENT_SIZE, required, line);
     EXPECT_EQ(tooSmall.allocations, 0U);
-
     const Answer fits = ask(AnswerSerialized, listRecord(), DSP, key, required);
     EXPECT_EQ(fits.status, SUCCESS);
     EXPECT_EQ(fits.size, required);
@@ -192,22 +183,9 @@ TEST(Answers, ListsNeedRoomForEveryByte) {
     EXPECT_EQ(empty.status, SUCCESS);
     EXPECT_EQ(empty.size, 0U);
     EXPECT_EQ(empty.buffer, bufferWith({}));
-  }
-}
-
-TEST(Answers, FailForANameThatNoEntryHolds) {
-  const std::string tooLong(32, 'n');
-  DspInfo dsp;
-  dsp.cap47 = {"fits", tooLong};
-  dsp.cap48 = {{0, {"fits", 1}}, {1, {tooLong, 2}}};
-  for (const std::uint32_t key : {47U, 48U}) {
-    const Answer answer = ask(AnswerSerialized, recordOf(dsp), DSP, key);
-    EXPECT_EQ(answer.status, FAILURE);
-    EXPECT_EQ(answer.size, 0xFFFFFFFFFFFFFFFF);
-    EXPECT_EQ(answer.buffer, bufferWith({}));
-    EXPECT_EQ(answer.writes,
-              std::vector{"INSUFFICIENT_SIZE FOR KEY: " + std::to_string(key) + "\n"});
-    EXPECT_EQ(ask(AnswerSerialized, recordOf(dsp), DSP, key, 71).status, INSUFFICIENT_SIZE);
+    if (key >= 47) {
+      expectRefused(ask(AnswerSerialized, recordOf(dsp), DSP, key), FAILURE, MAX, line);
+    }
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "AllocationWatch.h"
+
 namespace {
 
 FakeProvider* current = nullptr;
@@ -16,6 +18,14 @@ Behaviour answers(Bytes bytes) {
     }
     std::ranges::copy(bytes, static_cast<std::uint8_t*>(buffer));
     return SUCCESS;
+  };
+}
+
+Behaviour answersAndExhausts(Bytes bytes) {
+  return [answer = answers(std::move(bytes))](void* buffer, std::uint64_t* size) {
+    const std::uint32_t status = answer(buffer, size);
+    largestAllocation = status == SUCCESS ? 4096 : SIZE_MAX;
+    return status;
   };
 }
 
@@ -36,6 +46,8 @@ FakeProvider::FakeProvider() {
   loader.getCapability = Answer<&FakeProvider::scalars>;
 }
 
+FakeProvider::~FakeProvider() { largestAllocation = SIZE_MAX; }
+
 void FakeProvider::BindSerialized() {
   loader.getCapabilitySerialized = Answer<&FakeProvider::lists>;
 }
@@ -44,15 +56,10 @@ template <std::map<Key, Behaviour> FakeProvider::*behaviours>
 std::uint32_t FakeProvider::Answer(std::uint64_t component, std::uint64_t key, void* buffer,
                                    std::uint64_t* size) {
   const auto* bytes = static_cast<const std::uint8_t*>(buffer);
-  current->asked_.push_back(
-      {.key = {component, key},
-       .offered = *size,
-       .hasBuffer = buffer != nullptr,
-       .isZero = std::all_of(bytes, bytes + *size, [](auto byte) { return byte == 0; })});
+  current->asked.emplace_back(component, key);
+  current->offered[{component, key}].push_back(*size);
+  current->offeredZeros &= std::all_of(bytes, bytes + *size, [](auto byte) { return byte == 0; });
   const auto& known = current->*behaviours;
   const auto found = known.find({component, key});
-  if (found == known.end()) {
-    return FAILURE;
-  }
-  return found->second(buffer, size);
+  return found == known.end() ? std::uint32_t{FAILURE} : found->second(buffer, size);
 }
