@@ -15,12 +15,6 @@ constexpr std::uint8_t UNTOUCHED = 0xA5;
 
 Bytes name(std::string_view text) { return padded({text.begin(), text.end()}, 32); }
 
-template <class List>
-bool read(const Bytes& bytes, List& target) {
-  List* const pointer = &target;
-  return deserialize<List>(bytes.data(), bytes.size(), {&pointer, 1});
-}
-
 /// The lists, one a DSP, must be exactly these bytes, need all their room, and read back the same.
 template <class List>
 void expectBytes(const std::vector<List>& lists, const Bytes& bytes) {
@@ -90,7 +84,8 @@ void readRandomEntries(std::size_t entrySize, const List& kept) {
       taken = entry[0] == 0 ? written + taken : taken;
     }
     List target = kept;
-    ASSERT_EQ(read(bytes, target), isValid) << round;
+    List* const destination = &target;
+    ASSERT_EQ(deserialize<List>(bytes.data(), bytes.size(), {&destination, 1}), isValid) << round;
     if (!isValid) {
       ASSERT_EQ(target, kept) << round;
       continue;

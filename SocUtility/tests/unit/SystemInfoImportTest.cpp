@@ -19,14 +19,12 @@ class SystemInfoImport : public testing::Test {
 
   /// The record after an import over one that held other values in several entries.
   SocInfo Import() {
-    DspInfo dsp;
-    dsp.cap1 = 50;
-    dsp.cap16 = {50};
-    GpuInfo gpu(50);
-    gpu.cap13 = 50;
-    SocInfo record = recordOf(dsp, gpu, {.cap1 = 50, .cap2 = 50});
-    record.dsps.push_back(dsp);
-    record.gpus.push_back(gpu);
+    SocInfo record = recordOf({}, GpuInfo(50), {.cap1 = 50, .cap2 = 50});
+    record.dsps.front().cap1 = 50;
+    record.dsps.front().cap16 = {50};
+    record.gpus.front().cap13 = 50;
+    record.dsps.emplace_back();
+    record.gpus.emplace_back(50);
     EXPECT_TRUE(ImportProviderCapabilities(provider_.loader, record));
     return record;
   }
