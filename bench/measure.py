@@ -61,8 +61,10 @@ class Table:
         """`limit` is the target of `ratio`, or of `value`, which `target` then writes out."""
         judged = ratio if value is None else value
         verdict = "" if limit is None else "ok" if judged <= limit else "missed"
-        target = target or (f"{limit:g}" if limit is not None else "")
-        self.rows.append((what, figure, "" if ratio is None else f"{ratio:.2f}", target, verdict))
+        if limit is not None and target is None:
+            target = f"{limit:g}" if value is None else f"{limit:g} of one alone"
+        self.rows.append((what, figure, "" if ratio is None else f"{ratio:.2f}", target or "",
+                          verdict))
 
     def text(self):
         widths = [max(map(len, column)) for column in zip(*self.rows)]
@@ -93,14 +95,13 @@ def add_warm(table, times, known):
     for name, time in times.items():
         if name == "floor" or "/" in name or (known == (name == "list")):
             continue
-        is_judged = name.startswith("scalar") and name != "scalar string"
         what = name if known else f"{name} of four numbers"
-        table.add(what, f"{time:.2f} ns", time / floor, 1.5 if is_judged else None)
+        table.add(what, f"{time:.2f} ns", time / floor, 1.5 if name.startswith("scalar") else None)
     for name in ["floor", "scalar u64"] if known else ["list"]:
-        both = times[f"{name}/threads:2"]
-        table.add(f"two threads, each against one alone: {name}", f"{both:.2f} ns",
-                  both / floor, None if name == "floor" else 1.05, both / times[name],
-                  f"1.05, is {both / times[name]:.2f}")
+        each = times[f"{name}/threads:2"]
+        slower = each / times[name]
+        table.add(f"two threads, each: {name}", f"{each:.2f} ns, {slower:.2f} of one alone",
+                  each / floor, None if name == "floor" else 1.05, slower)
 
 
 def add_costs(table, programs, machine, library):
