@@ -100,6 +100,7 @@ TEST_F(DriverLocation, PrefersTheAcceleratorOnlyWhenMarked) {
       {"two bytes", {REG_BINARY, {8, 0}}, text},
       {"no bytes", {REG_BINARY, ""}, text},
       {"a string", {REG_SZ, "\x08"}, text},
+      {"a byte of no type", {REG_NONE, "\x08"}, text},
       {"a number", {REG_DWORD, {8, 0, 0, 0}}, text},
       {"device of another type", {REG_BINARY, "\x08"}, {REG_BINARY, DEVICE + '\0'}},
       {"device that is not there", {REG_BINARY, "\x08"}, {REG_SZ, "ZYNTEST\\DEV1\\0"}},
