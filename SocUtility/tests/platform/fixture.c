@@ -27,6 +27,6 @@ uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint6
   (void)component;
   (void)key;
   (void)buffer;
-  (void)size;
+  *size = 0;
   return 25;
 }
