@@ -8,6 +8,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+enum { HOST_MAX_THREADS = 64 };
+
 typedef void (*HostFunction)(void);
 
 /* Loads a library, or takes one more reference to it; its symbols are open to the whole process.
@@ -23,12 +25,12 @@ size_t HostRead(const char* path, char* buffer, size_t capacity);
 void HostAppend(const char* path, const char* text, size_t length);
 
 /* Runs `task` on each of `count` items, each on a thread of its own, all let go at the same moment.
- * Returns when all have ended; false when not all could be started. At most 64. */
+ * Returns when all have ended; false when not all could be started. At most
+ * HOST_MAX_THREADS. */
 bool HostRunTogether(size_t count, void (*task)(void* item), void* items, size_t itemSize);
 
 typedef struct {
   uint64_t handles; /* open files, or whatever the system calls a handle */
-  uint64_t modules; /* loaded modules, or mappings of files */
   uint64_t bytes;   /* memory taken from the heap, or private to the process */
 } HostUse;
 HostUse HostMeasure(void);

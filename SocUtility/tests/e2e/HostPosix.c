@@ -9,8 +9,6 @@
 
 #include "Host.h"
 
-enum { MAX_THREADS = 64 };
-
 void* HostOpen(const char* path) { return dlopen(path, RTLD_NOW | RTLD_GLOBAL); }
 
 HostFunction HostSymbol(void* module, const char* name) {
@@ -55,10 +53,10 @@ static void* runThread(void* argument) {
 }
 
 bool HostRunTogether(size_t count, void (*task)(void* item), void* items, size_t itemSize) {
-  pthread_t threads[MAX_THREADS];
-  Start starts[MAX_THREADS];
+  pthread_t threads[HOST_MAX_THREADS];
+  Start starts[HOST_MAX_THREADS];
   pthread_barrier_t barrier;
-  if (count > MAX_THREADS || pthread_barrier_init(&barrier, NULL, (unsigned)count) != 0) {
+  if (count > HOST_MAX_THREADS || pthread_barrier_init(&barrier, NULL, (unsigned)count) != 0) {
     return false;
   }
   for (size_t i = 0; i < count; ++i) {
@@ -74,15 +72,7 @@ bool HostRunTogether(size_t count, void (*task)(void* item), void* items, size_t
 }
 
 HostUse HostMeasure(void) {
-  HostUse use = {0, 0, 0};
-  /* A line of a file's mapping, and only such a line, has a slash. */
-  static char maps[1 << 20];
-  const size_t length = HostRead("/proc/self/maps", maps, sizeof maps - 1);
-  maps[length] = '\0';
-  for (const char* line = strchr(maps, '/'); line != NULL; line = strchr(line, '/')) {
-    ++use.modules;
-    line += strcspn(line, "\n");
-  }
+  HostUse use = {0, 0};
   DIR* const files = opendir("/proc/self/fd");
   while (files != NULL && readdir(files) != NULL) {
     ++use.handles;

@@ -1,10 +1,6 @@
 #include <windows.h>
-/* After windows.h, whose types it needs. */
-#include <psapi.h>
 
 #include "Host.h"
-
-enum { MAX_THREADS = 64 };
 
 void* HostOpen(const char* path) { return LoadLibraryA(path); }
 
@@ -49,10 +45,10 @@ static DWORD WINAPI runThread(void* argument) {
 }
 
 bool HostRunTogether(size_t count, void (*task)(void* item), void* items, size_t itemSize) {
-  HANDLE threads[MAX_THREADS];
-  Start starts[MAX_THREADS];
+  HANDLE threads[HOST_MAX_THREADS];
+  Start starts[HOST_MAX_THREADS];
   const HANDLE gate = CreateEventA(NULL, TRUE, FALSE, NULL);
-  if (count > MAX_THREADS || gate == NULL) {
+  if (count > HOST_MAX_THREADS || gate == NULL) {
     return false;
   }
   for (size_t i = 0; i < count; ++i) {
@@ -74,14 +70,11 @@ bool HostRunTogether(size_t count, void (*task)(void* item), void* items, size_t
 HostUse HostMeasure(void) {
   /* By trial and by walking the address space, since not every system that runs these images counts
    * the handles and the memory of a process itself. */
-  HostUse use = {0, 0, 0};
+  HostUse use = {0, 0};
   for (uintptr_t handle = 4; handle < 0x4000; handle += 4) {
     DWORD flags;
     use.handles += GetHandleInformation((HANDLE)handle, &flags) ? 1 : 0;
   }
-  DWORD moduleBytes = 0;
-  K32EnumProcessModules(GetCurrentProcess(), NULL, 0, &moduleBytes);
-  use.modules = moduleBytes / sizeof(HMODULE);
   MEMORY_BASIC_INFORMATION region;
   for (const char* at = NULL; VirtualQuery(at, &region, sizeof region) != 0;
        at = (const char*)region.BaseAddress + region.RegionSize) {

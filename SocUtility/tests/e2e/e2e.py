@@ -6,7 +6,7 @@ import subprocess
 import sys
 import unittest
 
-from import_tests import Import, WireForms  # noqa: F401
+from import_tests import Answers, Import  # noqa: F401
 from lifetime_tests import Lifetime  # noqa: F401
 from loading_tests import Finding, Machines, WithoutProvider  # noqa: F401
 from scenario import Settings
@@ -20,16 +20,14 @@ def main():
     parser.add_argument("--machines", type=pathlib.Path, required=True, help="folder")
     parser.add_argument("--launcher", default="", help="command that starts the client")
     options, rest = parser.parse_known_args()
-    Settings.library = options.library.resolve()
-    Settings.client = options.client.resolve()
-    Settings.providers = options.providers.resolve()
-    Settings.machines = options.machines.resolve()
+    for name in ("library", "client", "providers", "machines"):
+        setattr(Settings, name, getattr(options, name).resolve())
     Settings.launcher = options.launcher.split()
     # The first process through a launcher may start a whole system, which ends with the last one:
     # this one answers when the system is up, and stays until all tests have run.
     with subprocess.Popen([*Settings.launcher, Settings.client, Settings.library],
                           stdin=subprocess.PIPE, stdout=subprocess.PIPE) as first:
-        first.stdin.write(b"v\n")
+        first.stdin.write(b"version\n")
         first.stdin.flush()
         first.stdout.readline()
         unittest.main(argv=[sys.argv[0], *rest])

@@ -9,10 +9,12 @@ DSP_REQUIRED = [*range(1, 17), *range(18, 26), 17, 26, 27, 28]
 DSP_OPTIONAL = [*range(29, 35), *range(36, 45)]
 GPU_REQUIRED = [1, 4]
 GPU_OPTIONAL = range(5, 14)
+CPU_OPTIONAL = [(CPU, 1), (CPU, 2)]
 REQUIRED = [(DSP, key) for key in DSP_REQUIRED] + [(GPU, key) for key in GPU_REQUIRED]
-OPTIONAL = [(DSP, key) for key in DSP_OPTIONAL] + [(GPU, key) for key in GPU_OPTIONAL]
-ASKED = [(DSP, key) for key in DSP_REQUIRED + DSP_OPTIONAL] + [
-    (CPU, 1), (CPU, 2)] + [(GPU, key) for key in [*GPU_REQUIRED, *GPU_OPTIONAL]]
+OPTIONAL = [(DSP, key) for key in DSP_OPTIONAL] + CPU_OPTIONAL + [
+    (GPU, key) for key in GPU_OPTIONAL]
+ASKED = [(DSP, key) for key in DSP_REQUIRED + DSP_OPTIONAL] + CPU_OPTIONAL + [
+    (GPU, key) for key in [*GPU_REQUIRED, *GPU_OPTIONAL]]
 FIRST_SIZES = {(DSP, 16): 32, (GPU, 4): 32, (DSP, 43): 4, (DSP, 44): 4}
 
 SCALAR = "s 2 5 8"
@@ -23,6 +25,7 @@ LIST_IMPORTED = Result(0, 32, "".join(number(0, 4) + number(n, 4) for n in (1, 2
 SCALAR_DEFAULT = Result(0, 8, number(0))
 LIST_DEFAULT = Result(0, 0, "")
 REFUSED = Result(25, 8, "")
+LIST_REFUSED = Result(25, 64, "")
 
 
 def refuse(keys):
@@ -31,7 +34,7 @@ def refuse(keys):
 
 def one_import(sizes_of=lambda pair: [FIRST_SIZES.get(pair, 8)]):
     """The log of one import that asks each key with these sizes."""
-    questions = [f"{component} {key} {size}" for component, key in ASKED
+    questions = [f"asked {component} {key} {size}" for component, key in ASKED
                  for size in sizes_of((component, key))]
     return ["load", *questions, "unload"]
 
@@ -39,6 +42,10 @@ def one_import(sizes_of=lambda pair: [FIRST_SIZES.get(pair, 8)]):
 class Tests(unittest.TestCase):
     def assert_results(self, outcome, *expected):
         self.assertEqual(list(expected), outcome.results())
+
+    def assert_loads(self, outcome, count):
+        """That a provider was loaded so often, and each time unloaded again."""
+        self.assertEqual([count] * 2, [outcome.log.count(word) for word in ("load", "unload")])
 
     def assert_nothing_imported(self, outcome):
         """Of SCALAR, SCALAR, LIST, LIST: only the scalar query's first call answers."""

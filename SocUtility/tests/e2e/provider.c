@@ -1,16 +1,13 @@
 /* The service-utilities provider of the end-to-end tests: the example provider, made to misbehave.
  *
  * In the working directory of the process it reads provider.txt when it is loaded and writes
- * provider.log: "load", each question as "component key offered-size", "unload", and what a call
- * back into the product gave.
+ * provider.log: "load", each question as "asked component key offered-size", "unload", and what a
+ * call back into the product gave.
  *
- * A line of provider.txt has six fields: component, key (0: any), action, two numbers, a text. The
- * first line that fits a question says how it is answered:
- *   reply STATUS SIZE HEX   returns STATUS and reports SIZE, whatever fits of the bytes written
- *   answer 0 0 HEX          answers these bytes as a provider should
- *   grow LIMIT 0 -          asks for one byte more until LIMIT bytes are offered, then answers
- *   call 0 0 LIBRARY        asks both queries of the product, then answers
- * A question without a line is answered by the example. */
+ * A line of provider.txt has six fields: component, key, action, two numbers, a text. The first
+ * line that fits a question says how it is answered: reply STATUS SIZE HEX   returns STATUS and
+ * reports SIZE, whatever fits of the bytes written call 0 0 LIBRARY        asks both queries of the
+ * product, then answers A question without a line is answered by the example. */
 #include <stdlib.h>
 #include <string.h>
 
@@ -33,8 +30,6 @@ PROVIDER_EXPORT uint32_t Soc_GetCapability(uint64_t component, uint64_t key, voi
 enum { MAX_TEXT = 1024 };
 
 typedef struct {
-  uint64_t component;
-  uint64_t key;
   char action; /* the action's first letter */
   uint64_t status;
   uint64_t size;
@@ -45,23 +40,19 @@ static char script[16384];
 
 static void logLine(const char* word, const uint64_t* numbers, size_t count) {
   char line[128];
-  char* end = line + strlen(strcpy(line, word));
-  for (size_t i = 0; i < count; ++i) {
-    char digits[20];
-    size_t length = 0;
-    uint64_t rest = numbers[i];
+  char* const end = line + sizeof line;
+  char* first = end;
+  *--first = '\n';
+  while (count > 0) {
+    uint64_t rest = numbers[--count];
     do {
-      digits[length++] = (char)('0' + rest % 10);
+      *--first = (char)('0' + rest % 10);
     } while ((rest /= 10) != 0);
-    if (end != line) {
-      *end++ = ' ';
-    }
-    while (length > 0) {
-      *end++ = digits[--length];
-    }
+    *--first = ' ';
   }
-  *end++ = '\n';
-  HostAppend("provider.log", line, (size_t)(end - line));
+  first -= strlen(word);
+  memcpy(first, word, strlen(word));
+  HostAppend("provider.log", first, (size_t)(end - first));
 }
 
 __attribute__((constructor)) static void onLoad(void) {
@@ -73,44 +64,36 @@ __attribute__((destructor)) static void onUnload(void) { logLine("unload", NULL,
 
 static const char* skipBlanks(const char* text) { return text + strspn(text, " \n"); }
 
-/* Reads a line of the script, which is well-formed; null at the end. */
-static const char* readRule(const char* line, Rule* rule) {
-  char* rest;
-  line = skipBlanks(line);
-  if (*line == '\0') {
-    return NULL;
-  }
-  rule->component = strtoull(line, &rest, 0);
-  rule->key = strtoull(rest, &rest, 0);
-  line = skipBlanks(rest);
-  rule->action = *line;
-  rule->status = strtoull(line + strcspn(line, " "), &rest, 0);
-  rule->size = strtoull(rest, &rest, 0);
-  line = skipBlanks(rest);
-  const size_t length = strcspn(line, "\n");
-  memcpy(rule->text, line, length);
-  rule->text[length] = '\0';
-  return line + length;
-}
-
+/* Reads the script, which is well-formed, up to the first line that fits. */
 static bool findRule(uint64_t component, uint64_t key, Rule* rule) {
-  for (const char* line = readRule(script, rule); line != NULL; line = readRule(line, rule)) {
-    if ((rule->component == 0 || rule->component == component) &&
-        (rule->key == 0 || rule->key == key)) {
+  const char* line = skipBlanks(script);
+  while (*line != '\0') {
+    char* rest;
+    const uint64_t ofComponent = strtoull(line, &rest, 0);
+    const uint64_t ofKey = strtoull(rest, &rest, 0);
+    rule->action = *skipBlanks(rest);
+    rest = strchr(skipBlanks(rest), ' ');
+    rule->status = strtoull(rest, &rest, 0);
+    rule->size = strtoull(rest, &rest, 0);
+    line = skipBlanks(rest);
+    const size_t length = strcspn(line, "\n");
+    memcpy(rule->text, line, length);
+    rule->text[length] = '\0';
+    line = skipBlanks(line + length);
+    if (ofComponent == component && ofKey == key) {
       return true;
     }
   }
   return false;
 }
 
-/* Writes the bytes that the text spells, up to `offered`; returns how many it spells. */
-static uint64_t writeHex(const char* text, void* buffer, uint64_t offered) {
-  const uint64_t length = *text == '-' ? 0 : strlen(text) / 2;
-  for (uint64_t i = 0; i < length && i < offered; ++i) {
-    const char pair[] = {text[2 * i], text[2 * i + 1], '\0'};
-    ((uint8_t*)buffer)[i] = (uint8_t)strtoul(pair, NULL, 16);
+/* Writes the bytes that the text spells, up to `offered`. */
+static void writeHex(const char* text, uint8_t* buffer, uint64_t offered) {
+  for (const char* end = text + strlen(text); end - text >= 2 && offered > 0;
+       text += 2, --offered) {
+    const char pair[] = {text[0], text[1], '\0'};
+    *buffer++ = (uint8_t)strtoul(pair, NULL, 16);
   }
-  return length;
 }
 
 /* What a provider must not do: ask the product that is asking it. */
@@ -133,28 +116,15 @@ uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
 }
 
 uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
-  const uint64_t offered = *size;
   Rule rule;
-  logLine("", (const uint64_t[]){component, key, offered}, 3);
-  if (!findRule(component, key, &rule)) {
-    return ExampleGetCapability(component, key, buffer, size);
-  }
-  switch (rule.action) {
-    case 'r':
-      writeHex(rule.text, buffer, offered);
+  logLine("asked", (const uint64_t[]){component, key, *size}, 3);
+  if (findRule(component, key, &rule)) {
+    if (rule.action == 'r') {
+      writeHex(rule.text, buffer, *size);
       *size = rule.size;
       return (uint32_t)rule.status;
-    case 'a':
-      *size = writeHex(rule.text, buffer, offered);
-      return *size > offered ? 4 : 0;
-    case 'g':
-      if (offered < rule.status) {
-        *size = offered + 1;
-        return 4;
-      }
-      break;
-    default:
-      askBack(rule.text);
+    }
+    askBack(rule.text);
   }
   return ExampleGetCapability(component, key, buffer, size);
 }

@@ -1,8 +1,8 @@
 """A scenario: the product and perhaps a provider in a fresh folder, and one process of the client.
 
 The folder is the process's working directory and holds
-  lib/           the product, and the provider when it is "beside"
-  app/           the client, and the provider when it is to be found by the platform's search
+  lib/           the product and mostly the provider
+  app/           the client; the platform's search finds a provider here
   provider.txt   tells the provider how to misbehave (see provider.c)
   provider.log   what the provider was asked
 """
@@ -71,12 +71,12 @@ def number(value, size=8):
     return value.to_bytes(size, "little", signed=value < 0).hex()
 
 
-def run(commands, provider=None, script=(), place="lib", extra=None, wrapper=()):
+def run(commands, provider=None, script=(), extra=None, wrapper=()):
     """Runs the client with these commands and returns the outcome.
 
-    provider: a file of the providers' folder, or the bytes of the provider's file.
-    script: lines of provider.txt. place: the folder that the provider is put in.
-    extra: further files, name to bytes. wrapper: a command to start the client's command with.
+    provider: the one in lib, as in `extra`. script: lines of provider.txt.
+    extra: further files, path to bytes or to a name in the providers' folder.
+    wrapper: a command to start the client's command with.
     """
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
@@ -86,11 +86,11 @@ def run(commands, provider=None, script=(), place="lib", extra=None, wrapper=())
         shutil.copy(Settings.client, root / "app")
         files = dict(extra or {})
         if provider is not None:
-            files[f"{place}/{PROVIDER}"] = provider
+            files[f"lib/{PROVIDER}"] = provider
         files["provider.txt"] = "".join(line + "\n" for line in script).encode()
         for name, content in files.items():
             path = root / name
-            path.parent.mkdir(parents=True, exist_ok=True)
+            path.parent.mkdir(exist_ok=True)
             if isinstance(content, str):
                 shutil.copy(Settings.providers / f"{content}.dll", path)
             else:

@@ -1,16 +1,19 @@
-/* The program's own allocation functions, which the libraries that it loads call too. */
+/* With glibc, the program's own allocation functions, which the libraries that it loads call too.
+ * Elsewhere none can be made to fail: on Windows a library has its own allocation functions, and a
+ * sanitizer puts its own in everybody's place. */
 #include <errno.h>
 
 #include "Host.h"
 
+static uint64_t left;
+static bool failed;
+
+#if defined(ALLOCATIONS_CAN_FAIL)
 #define REPLACES __attribute__((visibility("default")))
 
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* block, size_t size);
-
-static uint64_t left;
-static bool failed;
 
 static bool isToFail(void) {
   if (left == 0 || --left != 0) {
@@ -30,11 +33,16 @@ REPLACES void* calloc(size_t count, size_t size) {
 REPLACES void* realloc(void* block, size_t size) {
   return isToFail() ? NULL : __libc_realloc(block, size);
 }
+#endif
 
 bool HostFailAllocation(uint64_t n) {
   failed = false;
   left = n;
+#if defined(ALLOCATIONS_CAN_FAIL)
   return true;
+#else
+  return false;
+#endif
 }
 
 bool HostAllocationFailed(void) {
