@@ -12,13 +12,16 @@ namespace {
 /// layer and the provider calls rely on it.
 std::mutex providerMutex;
 
-/// A first throw of the library's own. The unwinder linked into it is not ready before that, while
-/// a provider's exception arrives by another copy of the unwinder and would end the process.
+/// A first throw of the library's own, for systems where each image has its unwinder linked into
+/// it. The library's is not ready before that, while a provider's exception arrives by another one
+/// and would end the process. Windows unwinds by itself.
 void makeUnwinderReady() {
+#ifdef __ELF__
   try {
     throw 0;
   } catch (int) {
   }
+#endif
 }
 
 bool importFromProvider(SocInfo& record) {
