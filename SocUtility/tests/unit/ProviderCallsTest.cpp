@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <tuple>
 
 #include "AllocationWatch.h"
 #include "FakeProvider.h"
@@ -64,6 +65,34 @@ class ProviderCalls : public testing::Test {
 
   FakeProvider provider_;
 };
+
+TEST_F(ProviderCalls, TakeTheLowBitsOfAnAnswer) {
+  struct {
+    std::uint64_t answer;
+    std::uint32_t low32;
+    std::uint8_t low8;
+    bool flag;
+  } const ROWS[] = {{0x100000005, 5, 5, true},
+                    {0x0102, 0x0102, 2, true},
+                    {0x100000000, 0, 0, true},
+                    {0, 0, 0, false},
+                    {MAX, 0xFFFFFFFF, 0xFF, true}};
+  for (const auto& row : ROWS) {
+    Set(answers(words({row.answer})));
+    std::uint64_t whole = 77;
+    std::uint32_t low32 = 77;
+    std::uint8_t low8 = 77;
+    bool flag = !row.flag;
+    EXPECT_TRUE(TryGetU64(Loader(), DSP, KEY, whole) && TryGetU32(Loader(), DSP, KEY, low32) &&
+                TryGetU8(Loader(), DSP, KEY, low8) && TryGetBool(Loader(), DSP, KEY, flag));
+    EXPECT_EQ(std::tuple(whole, low32, low8, flag),
+              std::tuple(row.answer, row.low32, row.low8, row.flag));
+  }
+  Set(answers(packed<float>({-1.5F})));
+  float number = 77;
+  EXPECT_TRUE(TryGetFloat(Loader(), DSP, KEY, number));
+  EXPECT_EQ(number, -1.5F);
+}
 
 TEST_F(ProviderCalls, FailWithoutAnAnswer) {
   for (const std::uint32_t status : {1U, 3U, 5U, 25U, 0xFFFFFFFFU}) {
