@@ -25,10 +25,13 @@ void makeUnwinderReady() {
 }
 
 bool importFromProvider(SocInfo& record) {
-  makeUnwinderReady();
   ProviderLoader provider(ServiceUtilsOnly);
+  if (!IsAcceptedProvider(provider)) {
+    return false;
+  }
+  makeUnwinderReady();
   try {
-    return IsAcceptedProvider(provider) && ImportProviderCapabilities(provider, record);
+    return ImportProviderCapabilities(provider, record);
   } catch (...) {
     // What a provider lets out may be of a type of its own, which is gone once it is unloaded.
     throw std::runtime_error("import failed");
