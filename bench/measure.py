@@ -61,10 +61,8 @@ class Table:
         """`limit` is the target of `ratio`, or of `value`, which `target` then writes out."""
         judged = ratio if value is None else value
         verdict = "" if limit is None else "ok" if judged <= limit else "missed"
-        if limit is not None and target is None:
-            target = f"{limit:g}" if value is None else f"{limit:g} of one alone"
-        self.rows.append((what, figure, "" if ratio is None else f"{ratio:.2f}", target or "",
-                          verdict))
+        target = target or (f"{limit:g}" if limit is not None else "")
+        self.rows.append((what, figure, "" if ratio is None else f"{ratio:.2f}", target, verdict))
 
     def text(self):
         widths = [max(map(len, column)) for column in zip(*self.rows)]
@@ -101,7 +99,7 @@ def add_warm(table, times, known):
         each = times[f"{name}/threads:2"]
         slower = each / times[name]
         table.add(f"two threads, each: {name}", f"{each:.2f} ns, {slower:.2f} of one alone",
-                  each / floor, None if name == "floor" else 1.05, slower)
+                  each / floor, *() if name == "floor" else (1.05, slower, "1.05 of one alone"))
 
 
 def add_costs(table, programs, machine, library):
