@@ -1,7 +1,10 @@
 #include "ScalarAnswers.h"
 
+#include <algorithm>
+#include <string>
 #include <type_traits>
 
+#include "Answers.h"
 #include "ScalarEncoding.h"
 #include "capabilities/KeyTable.h"
 
@@ -9,6 +12,17 @@ ScalarAnswers::ScalarAnswers(const SocInfo& record) {
   Encode(record.dsps.front());
   Encode(record.gpus.front());
   Encode(record.cpu);
+}
+
+void ScalarAnswers::Name::Encode(const std::string& name, std::uint64_t minimum) {
+  const std::uint64_t length = name.size() + 1;
+  if (length < WORD || length > 2 * WORD) {
+    return;
+  }
+  std::memcpy(&first, name.c_str(), WORD);
+  std::memcpy(&last, name.c_str() + length - WORD, WORD);
+  size = length;
+  tooSmall = std::max(size, minimum) - 1;
 }
 
 template <class Record>
@@ -21,11 +35,13 @@ void ScalarAnswers::Encode(const Record& entry) {
     visitField<Record>(
         key,
         [&]<class T>(T Record::*field) {
+          Answer& answer = answers[key];
           if constexpr (std::is_arithmetic_v<T>) {
             constexpr bool IS_FLOAT = std::is_same_v<T, float>;
-            Answer& answer = answers[key];
             answer.bits = answerBits(entry.*field);
             (IS_FLOAT ? answer.tooSmallForFloat : answer.tooSmallForWide) = ANSWER_WIDTH<T> - 1;
+          } else if constexpr (std::is_same_v<T, std::string>) {
+            name_.Encode(entry.*field, MinimumSize(KeyTable<Record>::COMPONENT, key));
           }
         },
         [] {});

@@ -1,5 +1,5 @@
 /// The scalar answers of a record that no longer changes, encoded once: a warm query is a check of
-/// its arguments, one load and one store, whatever the field's type.
+/// its arguments and a load and a store or two, whatever the field's type.
 #pragma once
 
 #include <array>
@@ -7,12 +7,13 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <string>
 
 #include "ZynSystemInfo.h"
 #include "capabilities/SocInfo.h"
 
-/// Holds the answers of fixed width. What else a query can end in (the GPU's name, lists, refusals,
-/// buffers that are too small) is left to the query in full.
+/// Holds the numbers, the flags and the GPU's name. What else a query can end in (lists, refusals,
+/// buffers that are too small, a name of unusual length) is left to the query in full.
 class ScalarAnswers {
  public:
   /// No answers at all.
@@ -20,22 +21,28 @@ class ScalarAnswers {
   /// A record's answers.
   explicit ScalarAnswers(const SocInfo& record);
 
-  /// Writes the answer to `buffer`, which has `capacity` bytes, if there is one and it fits. The
-  /// key is compared as a whole. Returns whether it was written.
+  /// Writes the answer to `buffer`, which has `*size` bytes, if there is one and it fits; a name
+  /// also sets `*size`. The key is compared as a whole. Returns whether it was written.
   bool Write(std::uint64_t component, std::uint64_t key, void* buffer,
-             std::uint64_t capacity) const noexcept {
+             std::uint64_t* size) const noexcept {
     const std::uint64_t row = component - FIRST_COMPONENT;
     if (row >= COMPONENTS || key >= KEYS) {
       return false;
     }
     // The common width is decided by a single comparison: every branch here is felt.
     const Answer& answer = answers_[row][key];
+    const std::uint64_t capacity = *size;
     if (capacity > answer.tooSmallForWide) [[likely]] {
       std::memcpy(buffer, &answer.bits, 8);
       return true;
     }
-    if (capacity > answer.tooSmallForFloat) {
+    if (capacity > answer.tooSmallForFloat) [[likely]] {
       std::memcpy(buffer, &answer.bits, 4);
+      return true;
+    }
+    if (component == GPU && key == NAME_KEY && capacity > name_.tooSmall) {
+      *size = name_.size;
+      name_.Write(buffer);
       return true;
     }
     return false;
@@ -45,6 +52,7 @@ class ScalarAnswers {
   static constexpr std::uint64_t FIRST_COMPONENT = DSP;
   static constexpr std::uint64_t COMPONENTS = CPU - DSP + 1;
   static constexpr std::uint64_t KEYS = 49;
+  static constexpr std::uint64_t NAME_KEY = 4;  // of the GPU
   /// No capacity is larger: not even what a list query that failed left in `*size`.
   static constexpr std::uint64_t NO_ANSWER = std::numeric_limits<std::uint64_t>::max();
 
@@ -55,10 +63,29 @@ class ScalarAnswers {
     std::uint64_t tooSmallForFloat = NO_ANSWER;
   };
 
+  /// A name and its NUL, of eight to sixteen bytes: two words, the second of which overlaps the
+  /// first.
+  struct Name {
+    static constexpr std::uint64_t WORD = 8;
+
+    /// Leaves a name of another length out, and lets no buffer below `minimum` be answered.
+    void Encode(const std::string& name, std::uint64_t minimum);
+    void Write(void* buffer) const noexcept {
+      std::memcpy(buffer, &first, WORD);
+      std::memcpy(static_cast<char*>(buffer) + size - WORD, &last, WORD);
+    }
+
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    std::uint64_t size = 0;
+    std::uint64_t tooSmall = NO_ANSWER;  ///< The largest buffer that it does not fit.
+  };
+
   template <class Record>
   void Encode(const Record& entry);
 
   std::array<std::array<Answer, KEYS>, COMPONENTS> answers_{};
+  Name name_;
 };
 
 inline constexpr ScalarAnswers NO_SCALAR_ANSWERS;

@@ -15,7 +15,7 @@ std::uint32_t Soc_GetAPIVersion(std::uint8_t* major, std::uint8_t* minor) noexce
                                                      void* buffer, std::uint64_t* size) noexcept
     try {
   if (buffer != nullptr &&
-      settledAnswers.load(std::memory_order_acquire)->Write(component, key, buffer, *size))
+      settledAnswers.load(std::memory_order_acquire)->Write(component, key, buffer, size))
       [[likely]] {
     return SUCCESS;
   }

@@ -136,7 +136,9 @@ TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
   const ScalarAnswers answers(record);
   Bytes buffer = bufferWith({});
   // A list query that failed leaves the largest size of all behind for the next query to be given.
-  EXPECT_FALSE(NO_SCALAR_ANSWERS.Write(DSP, 1, buffer.data(), MAX));
+  std::uint64_t size = MAX;
+  EXPECT_FALSE(NO_SCALAR_ANSWERS.Write(DSP, 1, buffer.data(), &size));
+  EXPECT_FALSE(NO_SCALAR_ANSWERS.Write(GPU, 4, buffer.data(), &size));
   const std::map<Key, std::uint64_t> otherMinimums = {
       {{GPU, 4}, 12}, {{DSP, 16}, 16}, {{DSP, 43}, 4}, {{DSP, 44}, 4}};
   for (std::uint64_t component = 0; component <= 7; ++component) {
@@ -149,16 +151,35 @@ TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
       EXPECT_EQ(MinimumSize(component, key + HIGH), 8U);
 
       const Answer inFull = ask(AnswerScalar, record, component, key);
-      const bool isHeld = inFull.status == SUCCESS && Key{component, key} != Key{GPU, 4};
       for (const std::uint64_t capacity : std::vector<std::uint64_t>{0, 3, 4, 7, 8, MAX}) {
         buffer = bufferWith({});
-        EXPECT_FALSE(answers.Write(HIGH + component, key, buffer.data(), capacity));
-        EXPECT_FALSE(answers.Write(component, HIGH + key, buffer.data(), capacity));
+        size = capacity;
+        EXPECT_FALSE(answers.Write(HIGH + component, key, buffer.data(), &size));
+        EXPECT_FALSE(answers.Write(component, HIGH + key, buffer.data(), &size));
         EXPECT_EQ(buffer, bufferWith({}));
-        const bool expected = isHeld && capacity >= minimum;
-        EXPECT_EQ(answers.Write(component, key, buffer.data(), capacity), expected);
+        const bool expected = inFull.status == SUCCESS && capacity >= minimum;
+        EXPECT_EQ(answers.Write(component, key, buffer.data(), &size), expected);
         EXPECT_EQ(buffer, expected ? inFull.buffer : bufferWith({}));
       }
+    }
+  }
+}
+
+TEST(ScalarAnswers, HoldNamesOfSevenToFifteenCharacters) {
+  for (std::size_t length = 0; length <= 17; ++length) {
+    GpuInfo gpu(0);
+    gpu.name = std::string("abcdefghijklmnopq").substr(0, length);
+    const SocInfo record = recordOf({}, gpu);
+    const ScalarAnswers answers(record);
+    for (const std::uint64_t capacity : {0, 11, 12, 13, 15, 16, 17, 32}) {
+      SCOPED_TRACE(testing::Message() << length << " in " << capacity);
+      Bytes buffer = bufferWith({});
+      std::uint64_t size = capacity;
+      const bool written = answers.Write(GPU, 4, buffer.data(), &size);
+      EXPECT_EQ(written, length >= 7 && length <= 15 && capacity >= 12 && capacity > length);
+      const Answer inFull = ask(AnswerScalar, record, GPU, 4, capacity);
+      EXPECT_EQ(buffer, written ? inFull.buffer : bufferWith({}));
+      EXPECT_EQ(size, written ? inFull.size : capacity);
     }
   }
 }
