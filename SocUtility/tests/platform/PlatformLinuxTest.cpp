@@ -62,6 +62,22 @@ TEST(LinuxModule, LoadedFromARelativePathKeepsItsDirectory) {
   fs::current_path(startDirectory);
 }
 
+TEST(LinuxModule, LoadedFromADirectoryThatIsGoneKeepsItsPath) {
+  const fs::path startDirectory = fs::current_path();
+  const fs::path library = fs::temp_directory_path() / "PlatformTests-moved";
+  const fs::path gone = fs::temp_directory_path() / "PlatformTests-gone";
+  fs::copy_file(FIXTURE_LIBRARY, library, fs::copy_options::overwrite_existing);
+  fs::create_directory(gone);
+  fs::current_path(gone);
+  fs::remove(gone);
+  const HMODULE module = LoadLibraryExA(("../" + library.filename().string()).c_str(), nullptr, 0);
+  fs::current_path(startDirectory);
+  ASSERT_NE(module, nullptr);
+  EXPECT_TRUE(fs::equivalent(pathOf(module), library)) << pathOf(module);
+  EXPECT_TRUE(FreeLibrary(module));
+  fs::remove(library);
+}
+
 TEST(LinuxEnvironmentVariable, BytesThatAreNoUtf8AreReplaced) {
   struct Row {
     const char* bytes;
