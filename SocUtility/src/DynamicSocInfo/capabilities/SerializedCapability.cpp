@@ -44,8 +44,10 @@ std::optional<NameField> toNameField(std::string_view name) {
   return field;
 }
 
-/// The name in a field that is known to hold a NUL.
-std::string fromNameField(const NameField& field) { return field.data(); }
+/// The name in a field, up to its NUL or the field's end.
+std::string fromNameField(const NameField& field) {
+  return {field.begin(), std::find(field.begin(), field.end(), '\0')};
+}
 
 bool isTerminated(const NameField& field) {
   return std::find(field.begin(), field.end(), '\0') != field.end();
