@@ -5,6 +5,7 @@
 
 #include "Answers.h"
 #include "FuzzInput.h"
+#include "ScalarAnswers.h"
 #include "ZynSystemInfo.h"
 #include "chip/ChipCatalogue.h"
 #include "import/ProviderCalls.h"
@@ -13,6 +14,7 @@
 namespace {
 
 constexpr std::uint64_t HIGHEST_KEY = 50;
+constexpr std::uint8_t UNWRITTEN = 0xA5;
 constexpr std::uint64_t MOST_TO_HOLD = std::uint64_t{1} << 20;
 
 /// The rest of the input, for the provider's functions.
@@ -77,7 +79,23 @@ bool isRefusal(std::uint32_t status) {
   return status == UNSUPPORTED_COMPONENT || status == UNSUPPORTED_KEY;
 }
 
-void queryScalar(const SocInfo& record, std::uint64_t component, std::uint64_t key) {
+/// An answer that was encoded in advance must be the one of the query in full, and what was not
+/// must leave the buffer, of exactly `capacity` bytes, alone.
+void queryEncoded(const ScalarAnswers& answers, const SocInfo& record, std::uint64_t component,
+                  std::uint64_t key, std::uint64_t capacity) {
+  std::vector<std::uint8_t> inFull(capacity, UNWRITTEN);
+  std::vector<std::uint8_t> encoded = inFull;
+  std::uint64_t sizeInFull = capacity;
+  std::uint64_t size = capacity;
+  if (answers.Write(component, key, encoded.data(), &size)) {
+    require(capacity >= MinimumSize(component, key) &&
+            AnswerScalar(record, component, key, inFull.data(), &sizeInFull) == SUCCESS);
+  }
+  require(encoded == inFull && size == sizeInFull);
+}
+
+void queryScalar(const ScalarAnswers& answers, const SocInfo& record, std::uint64_t component,
+                 std::uint64_t key) {
   std::uint64_t size = MinimumSize(component, key);
   std::vector<std::uint8_t> buffer(size);
   std::uint32_t status = AnswerScalar(record, component, key, buffer.data(), &size);
@@ -88,6 +106,9 @@ void queryScalar(const SocInfo& record, std::uint64_t component, std::uint64_t k
     require(status == SUCCESS && size == buffer.size() && buffer.back() == 0);
   }
   require(status == SUCCESS || isRefusal(status));
+  for (const std::uint64_t capacity : {buffer.size() - 1, buffer.size(), buffer.size() + 1}) {
+    queryEncoded(answers, record, component, key, capacity);
+  }
 }
 
 void queryList(const SocInfo& record, std::uint64_t component, std::uint64_t key) {
@@ -117,9 +138,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const SocInfo unknown = BuildChipRecord(0);
   SocInfo record = unknown;
   ImportProviderCapabilities(provider, record);
+  const ScalarAnswers answers(record);
   for (std::uint64_t component = DSP; component <= CPU; ++component) {
     for (std::uint64_t key = 0; key <= HIGHEST_KEY; ++key) {
-      queryScalar(record, component, key);
+      queryScalar(answers, record, component, key);
       queryList(record, component, key);
     }
   }
