@@ -1,7 +1,7 @@
 """Checks what the texts claim that a program can know: check_docs.py SOC_INFO, in the root.
 
 Every relative link of a tracked Markdown file leads to a file and heading that exist, and the table
-of docs/capabilities.md has the keys, types and defaults that soc-info tells. Exits 1 and names every
+of docs/capabilities.md has the keys, types, sizes and defaults that soc-info tells. Exits 1 and names every
 claim that does not hold.
 """
 
@@ -11,6 +11,9 @@ import re
 import subprocess
 import sys
 
+# The answer's bytes by the value's type, where they are not 8.
+BYTES = {"f32": "4", "string": "length + 1", "list of u32": "8 an entry",
+         "list of string": "36 an entry", "list of named u32": "40 an entry"}
 FENCE = re.compile(r"^```.*?^```|^ {4}.*?$", re.MULTILINE | re.DOTALL)
 
 
@@ -36,13 +39,13 @@ def broken_links(path):
 
 def table_faults(soc_info):
     text = output_of(soc_info, "--tables", "examples/machines/unlisted", "--json")
-    told = {(row["component"], row["key"], row["type"], json.dumps(row["value"]))
-            for row in json.loads(text)["capabilities"]}
+    told = {(row["component"], row["key"], row["type"], BYTES.get(row["type"], "8"),
+             json.dumps(row["value"])) for row in json.loads(text)["capabilities"]}
     written = set()
     for line in pathlib.Path("docs/capabilities.md").read_text().splitlines():
         cells = [cell.strip() for cell in line.split("|")]
         if len(cells) == 9 and cells[2].isdigit():
-            written.add((cells[1], int(cells[2]), cells[3], cells[5]))
+            written.add((cells[1], int(cells[2]), cells[3], cells[4], cells[5]))
     for row in sorted(told ^ written):
         yield f"docs/capabilities.md: {'lacks' if row in told else 'has'} the row {row}"
 

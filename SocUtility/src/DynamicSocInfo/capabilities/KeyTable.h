@@ -1,7 +1,7 @@
 /// The key table: which record field answers which (component, key) pair.
 ///
 /// Everything else about a capability (its wire form, the provider call that asks it, whether it is
-/// a list) follows from the field's type, so a key is written down here and nowhere else.
+/// a list) follows from the field's type, so no other place says what a key means.
 #pragma once
 
 #include <array>

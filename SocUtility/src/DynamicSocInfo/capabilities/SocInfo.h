@@ -26,6 +26,7 @@ using U32Positions = std::map<std::uint32_t, std::uint32_t>;  ///< `cap46`
 using NameList = std::vector<std::string>;                    ///< `cap47`
 using NamedValues = std::map<std::uint32_t, NamedValue>;      ///< `cap48`
 
+/// The processor.
 struct CpuInfo {
   std::int32_t cap1 = 0;
   std::uint64_t cap2 = 0;
@@ -33,7 +34,9 @@ struct CpuInfo {
   bool operator==(const CpuInfo&) const = default;
 };
 
+/// One GPU.
 struct GpuInfo {
+  /// A GPU of the given model, key 1, and otherwise of defaults.
   explicit GpuInfo(std::int32_t model) : cap1(model) {}
 
   std::int32_t cap1;
@@ -51,7 +54,7 @@ struct GpuInfo {
   bool operator==(const GpuInfo&) const = default;
 };
 
-/// There is no key 35.
+/// One DSP. There is no key 35.
 struct DspInfo {
   std::int32_t cap1 = 0;
   std::int32_t cap2 = 0;
@@ -104,6 +107,7 @@ struct DspInfo {
   bool operator==(const DspInfo&) const = default;
 };
 
+/// One system-on-chip.
 struct SocInfo {
   /// A record with one name. An empty `dsps` receives one default entry; `gpus` must have at least
   /// one, since queries read the first of both without a test.

@@ -15,6 +15,7 @@ class ChipCatalogue {
   /// The row under `key`. Throws `std::out_of_range` when there is none.
   SocInfo& At(std::int32_t key);
 
+  // Pairs of model number and row.
   auto begin() const { return rows_.begin(); }
   auto end() const { return rows_.end(); }
 

@@ -54,6 +54,7 @@ struct ChipRow {
     std::int32_t cap1;      ///< The GPU's model number.
     std::string_view name;  ///< At most 12 characters, kept as given.
   } gpu;
+  /// What the DSP has of its own.
   struct Dsp {
     std::int32_t cap3;
     std::uint32_t cap8, cap23, cap25;

@@ -57,6 +57,7 @@ constexpr bool fadtRuleIsValid(const FadtRule& rule, std::span<const ChipKey> ke
          !holdsChipId(rows, rule.chipId);
 }
 
+/// Whether the values that every data set shares are as they must be.
 constexpr bool commonCapabilitiesAreValid(const CommonCapabilities& common) {
   return common.sizeLimit == 0x1000000000 && common.cpu.cap1 == 0;
 }
