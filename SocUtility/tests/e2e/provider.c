@@ -1,13 +1,20 @@
-/* The service-utilities provider of the end-to-end tests: the example provider, made to misbehave.
+/* The service-utilities provider of the end-to-end tests and of the tool's: the example provider,
+ * made to misbehave.
  *
  * In the working directory of the process it reads provider.txt when it is loaded and writes
  * provider.log: "load", each question as "asked component key offered-size", "unload", and what a
  * call back into the product gave.
  *
  * A line of provider.txt has six fields: component, key, action, two numbers, a text. The first
- * line that fits a question says how it is answered: reply STATUS SIZE HEX   returns STATUS and
- * reports SIZE, whatever fits of the bytes written call 0 0 LIBRARY        asks both queries of the
- * product, then answers A question without a line is answered by the example. */
+ * line that fits a question says how it is answered, and one for 0 0 what unloading does:
+ *
+ *   reply STATUS SIZE HEX   returns STATUS and reports SIZE, whatever fits of the bytes written
+ *   call 0 0 LIBRARY        asks both queries of the product, then answers
+ *   print 0 0 TEXT          writes TEXT to standard output, then answers
+ *   quit | abort | hang     ends the process, or never returns; two numbers and a text follow
+ *
+ * A question without a line is answered by the example. */
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -60,8 +67,6 @@ __attribute__((constructor)) static void onLoad(void) {
   logLine("load", NULL, 0);
 }
 
-__attribute__((destructor)) static void onUnload(void) { logLine("unload", NULL, 0); }
-
 static const char* skipBlanks(const char* text) { return text + strspn(text, " \n"); }
 
 /* Reads the script, which is well-formed, up to the first line that fits. */
@@ -109,6 +114,34 @@ static void askBack(const char* library) {
   HostClose(product);
 }
 
+/* What is to be done before the answer. */
+static void obey(const Rule* rule) {
+  switch (rule->action) {
+    case 'c':
+      askBack(rule->text);
+      break;
+    case 'p':
+      (void)puts(rule->text);
+      (void)fflush(stdout);
+      break;
+    case 'q':
+      exit(0);
+    case 'a':
+      abort();
+    default:
+      for (volatile bool forever = true; forever;) {
+      }
+  }
+}
+
+__attribute__((destructor)) static void onUnload(void) {
+  Rule rule;
+  logLine("unload", NULL, 0);
+  if (findRule(0, 0, &rule)) {
+    obey(&rule);
+  }
+}
+
 uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
   *major = 0;
   *minor = 1;
@@ -124,7 +157,7 @@ uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint6
       *size = rule.size;
       return (uint32_t)rule.status;
     }
-    askBack(rule.text);
+    obey(&rule);
   }
   return ExampleGetCapability(component, key, buffer, size);
 }

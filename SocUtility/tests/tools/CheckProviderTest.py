@@ -2,34 +2,30 @@
 
 import json
 import os
-import pathlib
 import shutil
-import subprocess
-import tempfile
 import unittest
 
-SOC_INFO = os.environ["SOC_INFO"]
-PROVIDER = os.environ["PROVIDER"]
+from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, NO_PROVIDER, PROVIDER,
+                      Tests)
+
 COUNTS, DOES_NOT_COUNT, BAD_INPUT = 0, 1, 2
 
 
-def run(*arguments, fault="", folder=None):
-    return subprocess.run([SOC_INFO, "check-provider", *arguments], capture_output=True, text=True,
-                          timeout=60, cwd=folder, env={**os.environ, "DSP_FAULT": fault})
+class CheckProviderTest(Tests):
+    def check(self, library, *script, timeout="20"):
+        """The exit status, the document, and its rows by key."""
+        result = self.run_tool("check-provider", library, "--json", "--timeout", timeout,
+                               script=script)
+        document = json.loads(result.stdout)
+        return result.returncode, document, {(row["component"], row["key"]): row
+                                             for row in document["keys"]}
 
+    def text(self, *script):
+        return self.run_tool("check-provider", PROVIDER, script=script)
 
-def check(library, fault="", timeout="20"):
-    """The exit status, the document, and its rows by key."""
-    result = run(library, "--json", "--timeout", timeout, fault=fault)
-    document = json.loads(result.stdout)
-    return result.returncode, document, {(row["component"], row["key"]): row
-                                         for row in document["keys"]}
-
-
-class CheckProviderTest(unittest.TestCase):
     @unittest.skipUnless(os.environ["EXAMPLE_PROVIDER"], "built without the examples")
     def test_example_is_asked_in_the_order_of_the_import_and_counts(self):
-        status, document, rows = check(os.environ["EXAMPLE_PROVIDER"])
+        status, document, rows = self.check(os.environ["EXAMPLE_PROVIDER"])
         self.assertEqual((status, document["importCounts"]), (COUNTS, True))
         self.assertEqual((document["nameLookedFor"], document["accepted"], document["stopped"]),
                          (True, True, None))
@@ -44,65 +40,64 @@ class CheckProviderTest(unittest.TestCase):
         self.assertEqual(rows["DSP", 16]["calls"], 2)  # it does not fit into the first 32 bytes
 
     def test_keys_that_fail_tell_why_and_decide_the_verdict(self):
-        for fault, exit_status, dsp_status, message, call in [
-            ("17 unanswered", DOES_NOT_COUNT, -2, "GetCapability failed", (3, 8, 8)),
-            ("44 unanswered", COUNTS, 1, "GetCapability failed", (3, 4, 4)),
-            ("3 narrow", DOES_NOT_COUNT, -2, "Result buffer size mismatch", (0, 8, 4)),
-            ("16 narrow", DOES_NOT_COUNT, -2, "bad vector format", (0, 32, 4)),
+        for rule, exit_status, dsp_status, message, call in [
+            ("17 reply 3 8 -", DOES_NOT_COUNT, -2, "GetCapability failed", (3, 8, 8)),
+            ("44 reply 3 4 -", COUNTS, 1, "GetCapability failed", (3, 4, 4)),
+            ("3 reply 0 4 -", DOES_NOT_COUNT, -2, "Result buffer size mismatch", (0, 8, 4)),
+            ("16 reply 0 4 -", DOES_NOT_COUNT, -2, "bad vector format", (0, 32, 4)),
         ]:
-            with self.subTest(fault):
-                status, document, rows = check(PROVIDER, fault)
-                row = rows["DSP", int(fault.split()[0])]
+            with self.subTest(rule):
+                status, document, rows = self.check(PROVIDER, "2 " + rule)
+                row = rows["DSP", int(rule.split()[0])]
                 self.assertEqual((status, document["statuses"]["DSP"], document["accepted"]),
                                  (exit_status, dsp_status, True))
                 self.assertEqual((row["answered"], row["value"], row["message"]),
                                  (False, None, message))
                 self.assertEqual((row["status"], row["offered"], row["reported"]), call)
                 self.assertIn("no: {} (status {}, {} bytes offered, {} reported)"
-                              .format(message, *call), run(PROVIDER, fault=fault).stdout)
+                              .format(message, *call), self.text("2 " + rule).stdout)
 
     def test_library_that_stops_the_process_is_reported_with_the_step(self):
-        for fault, at, how, rows_before in [
-            ("17 crash", "DSP 17", "crash", 24),
-            ("1 quit", "DSP 1", "crash", 0),
-            ("44 hang", "DSP 44", "hang", 42),
-            ("0 unload", "unload", "crash", 56),
+        for rule, at, how, rows_before in [
+            ("2 17 abort", "DSP 17", "crash", 24),
+            ("2 1 quit", "DSP 1", "crash", 0),
+            ("2 44 hang", "DSP 44", "hang", 42),
+            ("0 0 abort", "unload", "crash", 56),
         ]:
-            with self.subTest(fault):
-                status, document, rows = check(PROVIDER, fault, "1" if how == "hang" else "20")
+            with self.subTest(rule):
+                status, document, rows = self.check(PROVIDER, rule + " 0 0 -",
+                                                    timeout="1" if how == "hang" else "20")
                 self.assertEqual((status, document["importCounts"]), (DOES_NOT_COUNT, False))
                 self.assertEqual((document["stopped"]["at"], document["stopped"]["how"], len(rows)),
                                  (at, how, rows_before))
-        self.assertIn("crash        at DSP 17: signal 6", run(PROVIDER, fault="17 crash").stdout)
+        self.assertIn("crash        at DSP 17: signal 6", self.text("2 17 abort 0 0 -").stdout)
 
     def test_what_the_library_prints_or_answers_is_not_taken_for_the_report(self):
-        status, document, rows = check(PROVIDER, "2 print")
+        script = ['2 2 print 0 0 {"step": "exit"}', HOSTILE_NAME]
+        status, document, rows = self.check(PROVIDER, *script)
         self.assertEqual((status, len(rows), document["stopped"]), (COUNTS, 56, None))
-        self.assertEqual(rows["GPU", 4]["value"], "\x1b[31m\ufffd")
-        result = run(PROVIDER, fault="2 print")
-        self.assertIn(r'"\u001b[31m\ufffd"', result.stdout)
+        self.assertEqual(rows["GPU", 4]["value"], HOSTILE_NAME_VALUE)
+        result = self.text(*script)
+        self.assertIn(HOSTILE_NAME_TEXT, result.stdout)
         self.assertIn('{"step": "exit"}', result.stderr)
 
     def test_library_without_the_export_is_rejected_unasked(self):
-        status, document, rows = check(os.environ["NO_PROVIDER"])
+        status, document, rows = self.check(NO_PROVIDER)
         self.assertEqual((status, document["accepted"], document["reason"], rows),
                          (DOES_NOT_COUNT, False, "it lacks the export Soc_GetCapability", {}))
 
     def test_other_file_name_is_noted_and_the_file_is_the_one_named(self):
-        with tempfile.TemporaryDirectory() as folder:
-            shutil.copy(PROVIDER, pathlib.Path(folder, "a build.dll"))
-            result = run("a build.dll", folder=folder)
-            self.assertEqual(result.returncode, COUNTS, result.stderr)
-            self.assertIn("note         found by the library only under the name Rz", result.stdout)
+        shutil.copy(PROVIDER, self.folder / "a build.dll")
+        result = self.run_tool("check-provider", "a build.dll")
+        self.assertEqual(result.returncode, COUNTS, result.stderr)
+        self.assertIn("note         found by the library only under the name Rz", result.stdout)
 
     def test_what_cannot_be_loaded_is_bad_input(self):
         for file, message in [("missing.dll", "No such file"), (__file__, "load library failed"),
                               (".", "not a regular file")]:
             with self.subTest(file):
-                result = run(file)
-                self.assertEqual((result.returncode, result.stdout), (BAD_INPUT, ""))
-                self.assertIn(message, result.stderr)
-        self.assertEqual(run(PROVIDER, "--timeout", "0").returncode, BAD_INPUT)
+                self.assert_refused(self.run_tool("check-provider", file), message)
+        self.assert_refused(self.run_tool("check-provider", PROVIDER, "--timeout", "0"), "")
 
 
 if __name__ == "__main__":
