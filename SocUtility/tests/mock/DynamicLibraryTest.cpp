@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "AllocationFault.h"
+#include "AllocationLimit.h"
 #include "Machine.h"
 
 namespace {
@@ -45,7 +45,8 @@ TEST(DynamicLibrary, TellsEachFailureByItsMessage) {
     Operation operation;
     const char* message;
     Calls calls;
-    int failingCall = 0, failingAllocation = 0;
+    int failingCall = 0;
+    std::size_t largestAllocation = SIZE_MAX;
   } rows[] = {
       {open(nullptr, DL_NOW), NO_NAME, {}},
       {open("", DL_NOLOAD), NO_NAME, {}},
@@ -58,7 +59,7 @@ TEST(DynamicLibrary, TellsEachFailureByItsMessage) {
       {[](void*) { return find(nullptr, "f") != 0; }, EARLIER, {}},
       {symbol(nullptr), EARLIER, {}},
       {symbol("f"), "enumerate modules failed before memory allocation", {LIST_SIZE}, 1},
-      {symbol("f"), "malloc failed", {LIST_SIZE}, 0, 1},
+      {symbol("f"), "malloc failed", {LIST_SIZE}, 0, 0},
       {symbol("f"), "enumerate modules failed after memory allocation", {LIST_SIZE, LIST}, 2},
       {symbol("g"), "can't resolve symbol", {LIST_SIZE, LIST, "GetProcAddress resident g"}},
       {path, "Failed to get module handle", {"GetModuleHandleExA 6"}, 1},
@@ -71,7 +72,7 @@ TEST(DynamicLibrary, TellsEachFailureByItsMessage) {
     machine.ownModule = &machine.modules.front();
     machine.failingCall = row.failingCall;
     leaveEarlierMessage();
-    const AllocationFault fault(row.failingAllocation);
+    const AllocationLimit limit(row.largestAllocation);
     EXPECT_FALSE(row.operation(machine.ownModule));
     EXPECT_STREQ(dlError(), row.message);
     EXPECT_EQ(machine.calls, row.calls);
@@ -85,40 +86,6 @@ TEST(DynamicLibrary, KeepsAMessageForEachThread) {
     dlOpen("", DL_NOW);
   }).join();
   EXPECT_STREQ(dlError(), EARLIER);
-}
-
-TEST(DynamicLibrary, HidesOnlyWhatItBroughtIn) {
-  const struct {
-    const char* name;
-    std::vector<std::uint32_t> opens;  ///< Flags of one `dlOpen` after the other.
-    bool isHidden;
-    bool isResident = false;
-  } rows[] = {
-      {"now alone", {DL_NOW}, false},
-      {"local", {HIDE}, true},
-      {"the process had it", {HIDE}, false, true},
-      {"shown again", {HIDE, DL_NOW | DL_GLOBAL}, false},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    Machine machine;
-    machine.modules = {{"lib", {{"f", 0x11}}, row.isResident}};
-    void* handle = nullptr;
-    for (const std::uint32_t flags : row.opens) {
-      handle = dlOpen("lib", flags);
-    }
-    EXPECT_EQ(find(handle, "f"), 0x11U);
-    EXPECT_EQ(find(DL_DEFAULT, "f"), row.isHidden ? 0U : 0x11U);
-    for (std::size_t i = 0; i < row.opens.size(); ++i) {
-      EXPECT_EQ(dlClose(handle), 0);
-    }
-  }
-}
-
-TEST(DynamicLibrary, FindsWithoutLoading) {
-  Machine machine;
-  machine.modules = {{"lib"}};
-  EXPECT_EQ(dlOpen("lib", HIDE | DL_NOLOAD | DL_GLOBAL), &machine.modules.front());
 }
 
 TEST(DynamicLibrary, KeepsAModuleHiddenUntilItsFirstClosing) {

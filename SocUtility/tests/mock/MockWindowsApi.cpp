@@ -3,12 +3,13 @@
 #include "platform/WindowsApi.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <sstream>
 
-#include "AllocationFault.h"
+#include "AllocationLimit.h"
 #include "Machine.h"
 
 // NOLINTBEGIN(readability-non-const-parameter): the parameters of WindowsApi.h
@@ -31,7 +32,7 @@ struct Call {
     fails = ++machine().countedCalls == machine().failingCall;
   }
 
-  AllocationFault none{0};  // before all else: the record allocates
+  AllocationLimit none{SIZE_MAX};  // before all else: the record allocates
   bool fails;
 };
 
@@ -50,7 +51,7 @@ void* opened(void* handle) {
 
 /// Records the call that closes a handle or block; whether one was open.
 bool noteClosing(const char* function) {
-  const AllocationFault none(0);
+  const AllocationLimit none(SIZE_MAX);
   machine().calls.emplace_back(function);
   return --machine().openHandles >= 0;
 }

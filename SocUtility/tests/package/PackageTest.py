@@ -73,8 +73,8 @@ class PackageTest(unittest.TestCase):
         search = {"PKG_CONFIG_PATH": str(self.file("ZynSystemInfo.pc").parent), "PATH": "/usr/bin"}
         flags = run("pkg-config", "--cflags", "--libs", "ZynSystemInfo", env=search).split()
         client = options.work / "c-client"
-        run(options.c_compiler, "-std=c99", options.source / "examples" / "c-client" / "client.c",
-            "-o", client, *flags)
+        run(options.c_compiler, "-std=c99", "-pedantic-errors",
+            options.source / "examples" / "c-client" / "client.c", "-o", client, *flags)
         library = self.file("libZynSystemInfo.so").parent
         start = {"LD_LIBRARY_PATH": str(library)}
 

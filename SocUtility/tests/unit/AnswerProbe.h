@@ -1,9 +1,14 @@
 /// Asks the query answers of a record and keeps all that can be seen of them.
 #pragma once
 
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
 #include <string>
 #include <vector>
 
+#include "AllocationLimit.h"
 #include "Answers.h"
 #include "Bytes.h"
 #include "ZynSystemInfo.h"
@@ -26,8 +31,29 @@ inline constexpr std::size_t BUFFER_SIZE = 128;
 inline Bytes bufferWith(const Bytes& bytes) { return padded(bytes, BUFFER_SIZE, 0xA5); }
 
 /// `query` is `AnswerScalar` or `AnswerSerialized`; `size` is what it is told of the buffer.
-Answer ask(Query query, const SocInfo& record, std::uint64_t component, std::uint64_t key,
-           std::uint64_t size = BUFFER_SIZE);
+inline Answer ask(Query query, const SocInfo& record, std::uint64_t component, std::uint64_t key,
+                  std::uint64_t size = BUFFER_SIZE) {
+  Answer answer{.size = size, .buffer = bufferWith({})};
+  // In place of standard error a socket that keeps each write apart.
+  std::array<int, 2> ends{};
+  socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends.data());
+  const int standardError = dup(STDERR_FILENO);
+  dup2(ends[1], STDERR_FILENO);
+  const std::size_t before = allocationCount;
+  answer.status = query(record, component, key, answer.buffer.data(), &answer.size);
+  answer.allocations = allocationCount - before;
+  dup2(standardError, STDERR_FILENO);
+
+  std::array<char, 512> packet;
+  ssize_t length = 0;
+  while ((length = recv(ends[0], packet.data(), packet.size(), MSG_DONTWAIT)) > 0) {
+    answer.writes.emplace_back(packet.data(), static_cast<std::size_t>(length));
+  }
+  for (const int file : {standardError, ends[0], ends[1]}) {
+    close(file);
+  }
+  return answer;
+}
 
 /// The record of an unknown chip with the given first entries.
 inline SocInfo recordOf(const DspInfo& dsp, const GpuInfo& gpu = GpuInfo(0), CpuInfo cpu = {}) {

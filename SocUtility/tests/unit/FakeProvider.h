@@ -1,12 +1,13 @@
 /// A provider made of plain functions, which answers as told and notes what it is asked.
 #pragma once
 
-#include <cstdint>
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <utility>
 #include <vector>
 
+#include "AllocationLimit.h"
 #include "Bytes.h"
 #include "ZynSystemInfo.h"
 #include "provider/ProviderLoader.h"
@@ -17,11 +18,26 @@ using Key = std::pair<std::uint64_t, std::uint64_t>;  ///< Component, key.
 using Behaviour = std::function<std::uint32_t(void* buffer, std::uint64_t* size)>;
 
 /// As a well-behaved provider does: status 4 and the size required, or `bytes`.
-Behaviour answers(Bytes bytes);
+inline Behaviour answers(Bytes bytes) {
+  return [bytes = std::move(bytes)](void* buffer, std::uint64_t* size) -> std::uint32_t {
+    const std::uint64_t offered = std::exchange(*size, bytes.size());
+    if (offered < bytes.size()) {
+      return INSUFFICIENT_SIZE;
+    }
+    std::ranges::copy(bytes, static_cast<std::uint8_t*>(buffer));
+    return SUCCESS;
+  };
+}
 
 /// So too, but once it has answered there is no memory for a block of more than 4096 bytes. Ends
 /// with the provider.
-Behaviour answersAndExhausts(Bytes bytes);
+inline Behaviour answersAndExhausts(Bytes bytes) {
+  return [answer = answers(std::move(bytes))](void* buffer, std::uint64_t* size) {
+    const std::uint32_t status = answer(buffer, size);
+    largestAllocation = status == SUCCESS ? 4096 : SIZE_MAX;
+    return status;
+  };
+}
 
 struct Reply {
   std::uint32_t status;
@@ -30,17 +46,30 @@ struct Reply {
 };
 
 /// One reply after the other, whatever is offered; the last one is repeated.
-Behaviour replies(std::vector<Reply> script);
+inline Behaviour replies(std::vector<Reply> script) {
+  return [script = std::move(script), next = std::size_t{0}](
+             void* buffer, std::uint64_t* size) mutable -> std::uint32_t {
+    const Reply& reply = script[next];
+    next = std::min(next + 1, script.size() - 1);
+    std::copy_n(reply.bytes.begin(), std::min<std::uint64_t>(*size, reply.bytes.size()),
+                static_cast<std::uint8_t*>(buffer));
+    *size = reply.size;
+    return reply.status;
+  };
+}
 
 /// One lives at a time. A key without behaviour fails with `FAILURE`.
 class FakeProvider {
  public:
-  FakeProvider();
-  ~FakeProvider();
+  FakeProvider() {
+    current = this;
+    loader.getCapability = Answer<&FakeProvider::scalars>;
+  }
+  ~FakeProvider() { largestAllocation = SIZE_MAX; }
   FakeProvider(const FakeProvider&) = delete;
   FakeProvider& operator=(const FakeProvider&) = delete;
   /// Binds `Soc_GetCapabilitySerialized` too.
-  void BindSerialized();
+  void BindSerialized() { loader.getCapabilitySerialized = Answer<&FakeProvider::lists>; }
 
   ProviderLoader loader{ProviderSearchPlan{2}};
   std::map<Key, Behaviour> scalars;  ///< Of `Soc_GetCapability`.
@@ -53,5 +82,15 @@ class FakeProvider {
  private:
   template <std::map<Key, Behaviour> FakeProvider::*behaviours>
   static std::uint32_t Answer(std::uint64_t component, std::uint64_t key, void* buffer,
-                              std::uint64_t* size);
+                              std::uint64_t* size) {
+    const auto* bytes = static_cast<const std::uint8_t*>(buffer);
+    current->asked.emplace_back(component, key);
+    current->offered[{component, key}].push_back(*size);
+    current->offeredZeros &= std::all_of(bytes, bytes + *size, [](auto byte) { return byte == 0; });
+    const auto& known = current->*behaviours;
+    const auto found = known.find({component, key});
+    return found == known.end() ? std::uint32_t{FAILURE} : found->second(buffer, size);
+  }
+
+  static inline FakeProvider* current = nullptr;
 };

@@ -7,7 +7,6 @@
 #include <stdexcept>
 #include <tuple>
 
-#include "AllocationWatch.h"
 #include "FakeProvider.h"
 
 namespace {
@@ -185,6 +184,9 @@ TEST_F(ProviderCalls, VectorsMatchTheirCount) {
   Set(answers(words({5, 1, 2, 3, 4, 0x700000006})));
   EXPECT_EQ(ReadU64Vector(Loader(), DSP, KEY),
             (std::vector<std::uint64_t>{1, 2, 3, 4, 0x700000006}));
+  std::vector<std::uint32_t> low = {7};
+  EXPECT_TRUE(TryGetU32List(Loader(), DSP, KEY, low));
+  EXPECT_EQ(low, (std::vector<std::uint32_t>{1, 2, 3, 4, 6}));
 }
 
 TEST_F(ProviderCalls, StringsEndAtTheirFirstNul) {
@@ -200,8 +202,11 @@ TEST_F(ProviderCalls, StringsEndAtTheirFirstNul) {
     EXPECT_EQ(MessageOf([&] { ReadCapabilityString(Loader(), DSP, KEY); }), row.message);
     ExpectRefused(TryGetString, std::string("kept"));
   }
-  Set(answers(text + Bytes{0, 'c'}));
-  EXPECT_EQ(ReadCapabilityString(Loader(), DSP, KEY), std::string(63, 't'));
+  for (const Behaviour& behaviour :
+       {answers(text + Bytes{0, 'c'}), replies({{TOO_SMALL, 64}, {SUCCESS, 64, text}})}) {
+    Set(behaviour);
+    EXPECT_EQ(ReadCapabilityString(Loader(), DSP, KEY), std::string(63, 't'));
+  }
 }
 
 }  // namespace
