@@ -1,4 +1,4 @@
-"""What is asked of a provider, what its answers become, and what malformed ones do."""
+"""What is asked of a provider, and what comes of keys that it does not answer."""
 
 from facts import (ASKED, DSP, FIRST_SIZES, LIST, LIST_DEFAULT, LIST_IMPORTED, OPTIONAL, REFUSED,
                    REQUIRED, SCALAR, SCALAR_DEFAULT, SCALAR_IMPORTED, Tests, one_import, refuse)
@@ -42,44 +42,3 @@ class Import(Tests):
         outcome = run([SCALAR, SCALAR, LIST, LIST], "Scripted", refuse(ASKED))
         self.assert_nothing_imported(outcome)
         self.assertEqual(one_import() * 2, outcome.log)
-
-
-class Answers(Tests):
-    """Rows: what the provider does with one key, and what the product then answers."""
-
-    ACCEPTED = {
-        "a flag looks at all bits": ("2 6 reply 0 8 0000000001000000", "s 2 6 8", number(1)),
-        "a name ended by the bytes added":
-            ("3 4 reply 0 33 " + "41" * 32, "s 3 4 64", "41" * 32 + "00"),
-        "elements drop the high half":
-            ("2 16 reply 0 16 " + number(1) + "0500000001000000", "l 2 16 64",
-             number(0, 4) + number(5, 4)),
-    }
-
-    def test_accepted(self):
-        for name, (rule, query, answer) in self.ACCEPTED.items():
-            with self.subTest(name):
-                first, again, confirmed = run([query, query, SCALAR], "Scripted", [rule]).results()
-                self.assertEqual((0, answer), (first.status, first.answer))
-                self.assertEqual((first, SCALAR_IMPORTED), (again, confirmed))
-
-    MALFORMED = {
-        "a number of 4 bytes": ["2 5 reply 0 4 01000000"],
-        "a refused call's bytes": ["2 5 reply 4 8 0102030405060708"],
-        "a name without an end": ["3 4 reply 0 4 41424344"],
-        "a list longer than its count": ["2 16 reply 0 24 " + number(1) * 3],
-        "a count that wraps around": ["2 16 reply 0 8 " + number(1 << 61)],
-    } | {
-        f"status {status}, size {size}":
-            [f"{key} reply {status} {size} -" for key in ("2 5", "2 16", "3 4")]
-        for status in (0, 4) for size in HOSTILE
-    }
-
-    def test_malformed(self):
-        for name, script in self.MALFORMED.items():
-            with self.subTest(name):
-                keys = [tuple(map(int, rule.split()[:2])) for rule in script]
-                outcome = run([SCALAR, SCALAR, LIST, LIST], "Scripted", script)
-                number_of_5 = SCALAR_DEFAULT if (DSP, 5) in keys else SCALAR_IMPORTED
-                list_of_16 = LIST_DEFAULT if (DSP, 16) in keys else LIST_IMPORTED
-                self.assert_results(outcome, number_of_5, REFUSED, list_of_16, list_of_16)
