@@ -1,30 +1,17 @@
-// The dynamic library layer and the provider loader over the system's own loader, with real
-// libraries.
+// The dynamic library layer over the system's own loader, with a real library.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "platform/WindowsApi.h"
 #include "provider/DynamicLibrary.h"
-#include "provider/ProviderLoader.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr std::uint32_t LOCAL = DL_NOW | DL_LOCAL;
 constexpr std::uint32_t GLOBAL = DL_NOW | DL_GLOBAL;
-
-/// The directory of this program, in which the library's own code lies here.
-fs::path programDirectory() {
-  std::array<char, 4096> path{};
-  GetModuleFileNameA(nullptr, path.data(), path.size());
-  return fs::path(path.data()).parent_path();
-}
 
 class LibraryLayer : public testing::Test {
  protected:
@@ -36,7 +23,7 @@ class LibraryLayer : public testing::Test {
   /// Whether a lookup in all modules finds what only the fixture has.
   static bool IsVisible() { return dlSym(DL_DEFAULT, "fixtureLength") != nullptr; }
 
-  const std::string path = fs::absolute(FIXTURE_LIBRARY).string();
+  const std::string path = std::filesystem::absolute(FIXTURE_LIBRARY).string();
 };
 
 TEST_F(LibraryLayer, HidesWhatItBroughtInUntilItIsMadeGlobal) {
@@ -95,71 +82,6 @@ TEST_F(LibraryLayer, TakesNoOtherModulesSymbolForTheAskedOnes) {
   EXPECT_STREQ(dlError(), "can't resolve symbol");
   EXPECT_EQ(dlSym(DL_DEFAULT, "no such symbol"), nullptr);
   EXPECT_EQ(dlClose(module), 0);
-}
-
-TEST_F(LibraryLayer, RefusesWhatIsNoLibrary) {
-  const std::string text = (programDirectory() / "no-library.dll").string();
-  std::ofstream(text) << "This is text.";
-  for (const std::string& name :
-       {text, path + ".missing.dll", std::string("no-such-library.dll")}) {
-    EXPECT_EQ(dlOpen(name.c_str(), LOCAL), nullptr) << name;
-    EXPECT_STREQ(dlError(), "load library failed");
-  }
-  fs::remove(text);
-}
-
-TEST_F(LibraryLayer, TellsTheFileOfAnAddress) {
-  void* const module = Open(LOCAL);
-  std::string found;
-  EXPECT_EQ(dlModulePath(dlSym(module, "fixtureNumber"), found), 1U);
-  EXPECT_TRUE(fs::equivalent(found, path)) << found;
-  EXPECT_EQ(dlModulePath(reinterpret_cast<const void*>(&dlModulePath), found), 1U);
-  EXPECT_EQ(fs::path(found).parent_path(), programDirectory());
-  EXPECT_EQ(dlModulePath(found.data(), found), 0U) << "an address in no module";
-  EXPECT_EQ(found, "");
-  EXPECT_EQ(dlClose(module), 0);
-}
-
-class Loader : public LibraryLayer {
- protected:
-  void SetUp() override { fs::copy_file(path, provider, fs::copy_options::overwrite_existing); }
-  void TearDown() override {
-    EXPECT_EQ(dlOpen(provider.string().c_str(), DL_NOLOAD), nullptr);
-    EXPECT_TRUE(fs::remove(provider));
-  }
-
-  static void ExpectFixture(const ProviderLoader& loader, std::string_view name) {
-    ASSERT_NE(loader.handle, nullptr);
-    EXPECT_EQ(loader.libraryName, name);
-    EXPECT_EQ(reinterpret_cast<void*>(loader.getApiVersion),
-              dlSym(loader.handle, "Soc_GetAPIVersion"));
-    ASSERT_NE(loader.getCapability, nullptr);
-    std::uint64_t size = 7;
-    EXPECT_EQ(loader.getCapability(2, 5, nullptr, &size), 25U);
-    EXPECT_EQ(loader.getCapabilitySerialized, nullptr) << "the fixture has none";
-    EXPECT_FALSE(IsVisible());
-  }
-
-  const fs::path provider = programDirectory() / SERVICE_UTILS_LIBRARY;
-};
-
-TEST_F(Loader, FindsTheProviderBesideTheLibrary) {
-  for (const ProviderSearchPlan plan : {ServiceUtilsOnly, AllProviders}) {
-    const ProviderLoader loader(plan);
-    ExpectFixture(loader, SERVICE_UTILS_LIBRARY);
-    std::string found;
-    dlModulePath(reinterpret_cast<const void*>(loader.getCapability), found);
-    EXPECT_TRUE(fs::equivalent(found, provider)) << found;
-  }
-}
-
-TEST_F(Loader, LoadsOneFileOfADirectory) {
-  ProviderLoader loader{ProviderSearchPlan{2}};
-  EXPECT_FALSE(loader.Load(provider.parent_path().string(), SYSTEM_INFO_LIBRARY));
-  EXPECT_EQ(loader.handle, nullptr);
-  EXPECT_EQ(loader.libraryName, "");
-  EXPECT_TRUE(loader.Load(provider.parent_path().string(), SERVICE_UTILS_LIBRARY));
-  ExpectFixture(loader, SERVICE_UTILS_LIBRARY);
 }
 
 }  // namespace
