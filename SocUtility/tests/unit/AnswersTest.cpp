@@ -103,30 +103,6 @@ TEST(Answers, OfEveryKeyAndOnePastEachEnd) {
   }
 }
 
-TEST(Answers, GpuNameNeedsRoomForItsNul) {
-  struct {
-    std::string name;
-    std::uint64_t size;
-    std::uint32_t status;
-  } const ROWS[] = {
-      {"eleven char", 12, SUCCESS},
-      {"twelve chars", 12, INSUFFICIENT_SIZE},
-      {"twelve chars", 13, SUCCESS},
-  };
-  for (const auto& row : ROWS) {
-    SCOPED_TRACE(testing::Message() << row.name << ", " << row.size);
-    GpuInfo gpu(0);
-    gpu.name = row.name;
-    const Answer answer = ask(AnswerScalar, recordOf({}, gpu), GPU, 4, row.size);
-    const Bytes text = Bytes(row.name.begin(), row.name.end()) + Bytes{0};
-    EXPECT_EQ(answer.status, row.status);
-    EXPECT_EQ(answer.size, text.size());
-    EXPECT_EQ(answer.buffer, bufferWith(row.status == SUCCESS ? text : Bytes{}));
-    EXPECT_TRUE(answer.writes.empty());
-    EXPECT_EQ(answer.allocations, 0U);
-  }
-}
-
 TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
   DspInfo dsp;
   dsp.cap1 = -1;
@@ -165,21 +141,29 @@ TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
   }
 }
 
-TEST(ScalarAnswers, HoldNamesOfSevenToFifteenCharacters) {
+TEST(Answers, GpuNameNeedsRoomForItsNul) {
   for (std::size_t length = 0; length <= 17; ++length) {
     GpuInfo gpu(0);
     gpu.name = std::string("abcdefghijklmnopq").substr(0, length);
+    const Bytes text = Bytes(gpu.name.begin(), gpu.name.end()) + Bytes{0};
     const SocInfo record = recordOf({}, gpu);
     const ScalarAnswers answers(record);
     for (const std::uint64_t capacity : {0, 11, 12, 13, 15, 16, 17, 32}) {
       SCOPED_TRACE(testing::Message() << length << " in " << capacity);
+      const bool fits = capacity > length;
+      const Answer inFull = ask(AnswerScalar, record, GPU, 4, capacity);
+      EXPECT_EQ(inFull.status, fits ? SUCCESS : INSUFFICIENT_SIZE);
+      EXPECT_EQ(inFull.size, text.size());
+      EXPECT_EQ(inFull.buffer, bufferWith(fits ? text : Bytes{}));
+      EXPECT_EQ(inFull.writes.size() + inFull.allocations, 0U);
+
+      // Encoded in advance are names of usual lengths, for buffers of the minimum at least.
       Bytes buffer = bufferWith({});
       std::uint64_t size = capacity;
       const bool written = answers.Write(GPU, 4, buffer.data(), &size);
-      EXPECT_EQ(written, length >= 7 && length <= 15 && capacity >= 12 && capacity > length);
-      const Answer inFull = ask(AnswerScalar, record, GPU, 4, capacity);
-      EXPECT_EQ(buffer, written ? inFull.buffer : bufferWith({}));
-      EXPECT_EQ(size, written ? inFull.size : capacity);
+      EXPECT_EQ(written, length >= 7 && length <= 15 && capacity >= 12 && fits);
+      EXPECT_EQ(buffer, bufferWith(written ? text : Bytes{}));
+      EXPECT_EQ(size, written ? text.size() : capacity);
     }
   }
 }
