@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "AllocationLimit.h"
+#include "AllocationFault.h"
 #include "Machine.h"
 #include "OwnProcess.h"
 #include "chip/ChipData.h"
@@ -44,8 +44,7 @@ TEST(IdentifyChip, ReadsTheTablesAgainUntilAKeyWasLookedUp) {
     std::size_t calls;
     std::uint32_t chipId;
     bool isKept = false;
-    int failingCall = 0;
-    std::size_t largestAllocation = SIZE_MAX;
+    int failingCall = 0, failingAllocation = 0;
   } rows[] = {
       {"known key", ordinary, good, 4, chipId, true},
       {"unlisted key", ordinary, pptt(0xFFFFFFFFFFFFFFFF), 4, 0, true},
@@ -55,8 +54,8 @@ TEST(IdentifyChip, ReadsTheTablesAgainUntilAKeyWasLookedUp) {
       {"no PPTT", ordinary, {}, 3, 0},
       {"FADT outgrew the buffer", ordinary, good, 2, 0, false, 2},
       {"large PPTT", ordinary, large, 4, chipId, true},
-      {"no memory", ordinary, good, 0, 0, false, 0, 4096},
-      {"none for a large PPTT", ordinary, large, 3, 0, false, 0, LARGE - 1},
+      {"no memory", ordinary, good, 0, 0, false, 0, 1},
+      {"none for a large PPTT", ordinary, large, 3, 0, false, 0, 2},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -65,7 +64,7 @@ TEST(IdentifyChip, ReadsTheTablesAgainUntilAKeyWasLookedUp) {
         Machine machine;
         machine.firmware = {{FADT_ID, row.fadt}, {PPTT_ID, row.pptt}};
         machine.failingCall = row.failingCall;
-        const AllocationLimit limit(row.largestAllocation);
+        const AllocationFault fault(row.failingAllocation);
         EXPECT_EQ(IdentifyChip(), row.chipId);
         EXPECT_EQ(machine.calls.size(), row.calls);
       }

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "AllocationLimit.h"
+#include "AllocationFault.h"
 #include "Machine.h"
 #include "OwnProcess.h"
 
@@ -57,8 +57,8 @@ TEST(DriverLocation, SurvivesTheFailureOfAnyCall) {
 
 TEST(DriverLocation, IsNotMarkedWithoutMemoryForTheDevice) {
   Machine machine;
-  install(machine, "\x08", DEVICE + std::string(4096, 'x'));
-  const AllocationLimit limit(4096);
+  install(machine);
+  const AllocationFault fault(2);  // the first is the key's path
   EXPECT_FALSE(acceleratorRemoteCallsEnabled());
 }
 

@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "AllocationLimit.h"
+#include "AllocationFault.h"
 #include "Machine.h"
 
 namespace {
@@ -45,8 +45,7 @@ TEST(DynamicLibrary, TellsEachFailureByItsMessage) {
     Operation operation;
     const char* message;
     Calls calls;
-    int failingCall = 0;
-    std::size_t largestAllocation = SIZE_MAX;
+    int failingCall = 0, failingAllocation = 0;
   } rows[] = {
       {open(nullptr, DL_NOW), NO_NAME, {}},
       {open("", DL_NOLOAD), NO_NAME, {}},
@@ -59,7 +58,7 @@ TEST(DynamicLibrary, TellsEachFailureByItsMessage) {
       {[](void*) { return find(nullptr, "f") != 0; }, EARLIER, {}},
       {symbol(nullptr), EARLIER, {}},
       {symbol("f"), "enumerate modules failed before memory allocation", {LIST_SIZE}, 1},
-      {symbol("f"), "malloc failed", {LIST_SIZE}, 0, 0},
+      {symbol("f"), "malloc failed", {LIST_SIZE}, 0, 1},
       {symbol("f"), "enumerate modules failed after memory allocation", {LIST_SIZE, LIST}, 2},
       {symbol("g"), "can't resolve symbol", {LIST_SIZE, LIST, "GetProcAddress resident g"}},
       {path, "Failed to get module handle", {"GetModuleHandleExA 6"}, 1},
@@ -72,7 +71,7 @@ TEST(DynamicLibrary, TellsEachFailureByItsMessage) {
     machine.ownModule = &machine.modules.front();
     machine.failingCall = row.failingCall;
     leaveEarlierMessage();
-    const AllocationLimit limit(row.largestAllocation);
+    const AllocationFault fault(row.failingAllocation);
     EXPECT_FALSE(row.operation(machine.ownModule));
     EXPECT_STREQ(dlError(), row.message);
     EXPECT_EQ(machine.calls, row.calls);

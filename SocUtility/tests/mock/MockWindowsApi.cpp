@@ -3,13 +3,12 @@
 #include "platform/WindowsApi.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <sstream>
 
-#include "AllocationLimit.h"
+#include "AllocationFault.h"
 #include "Machine.h"
 
 // NOLINTBEGIN(readability-non-const-parameter): the parameters of WindowsApi.h
@@ -32,7 +31,7 @@ struct Call {
     fails = ++machine().countedCalls == machine().failingCall;
   }
 
-  AllocationLimit none{SIZE_MAX};  // before all else: the record allocates
+  AllocationFault none{0};  // before all else: the record allocates
   bool fails;
 };
 
@@ -51,7 +50,7 @@ void* opened(void* handle) {
 
 /// Records the call that closes a handle or block; whether one was open.
 bool noteClosing(const char* function) {
-  const AllocationLimit none(SIZE_MAX);
+  const AllocationFault none(0);
   machine().calls.emplace_back(function);
   return --machine().openHandles >= 0;
 }

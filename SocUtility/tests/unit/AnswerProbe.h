@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "AllocationLimit.h"
+#include "AllocationFault.h"
 #include "Answers.h"
 #include "Bytes.h"
 #include "ZynSystemInfo.h"
@@ -39,9 +39,9 @@ inline Answer ask(Query query, const SocInfo& record, std::uint64_t component, s
   socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends.data());
   const int standardError = dup(STDERR_FILENO);
   dup2(ends[1], STDERR_FILENO);
-  const std::size_t before = allocationCount;
+  const std::size_t before = AllocationFault::Count();
   answer.status = query(record, component, key, answer.buffer.data(), &answer.size);
-  answer.allocations = allocationCount - before;
+  answer.allocations = AllocationFault::Count() - before;
   dup2(standardError, STDERR_FILENO);
 
   std::array<char, 512> packet;

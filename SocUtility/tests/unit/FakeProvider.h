@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "AllocationLimit.h"
+#include "AllocationFault.h"
 #include "Bytes.h"
 #include "ZynSystemInfo.h"
 #include "provider/ProviderLoader.h"
@@ -29,13 +29,14 @@ inline Behaviour answers(Bytes bytes) {
   };
 }
 
-/// So too, but once it has answered there is no memory for a block of more than 4096 bytes. Ends
-/// with the provider.
-inline Behaviour answersAndExhausts(Bytes bytes) {
-  return [answer = answers(std::move(bytes))](void* buffer, std::uint64_t* size) {
-    const std::uint32_t status = answer(buffer, size);
-    largestAllocation = status == SUCCESS ? 4096 : SIZE_MAX;
-    return status;
+/// As `answer` does, but the allocation that follows an answer of this status fails.
+inline Behaviour exhausts(Behaviour answer, std::uint32_t status = SUCCESS) {
+  return [=](void* buffer, std::uint64_t* size) {
+    const std::uint32_t answered = answer(buffer, size);
+    if (answered == status) {
+      AllocationFault::FailNext();
+    }
+    return answered;
   };
 }
 
@@ -65,7 +66,6 @@ class FakeProvider {
     current = this;
     loader.getCapability = Answer<&FakeProvider::scalars>;
   }
-  ~FakeProvider() { largestAllocation = SIZE_MAX; }
   FakeProvider(const FakeProvider&) = delete;
   FakeProvider& operator=(const FakeProvider&) = delete;
   /// Binds `Soc_GetCapabilitySerialized` too.

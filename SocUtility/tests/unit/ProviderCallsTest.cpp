@@ -134,12 +134,11 @@ TEST_F(ProviderCalls, RefuseSizesThatNobodyCanHold) {
       EXPECT_EQ(Offered(), Sizes{32});
       ExpectAllRefused();
     }
-    largestAllocation = 4096;
-    Set(replies({{status, 4097}}));
+    Set(exhausts(replies({{status, 4097}}), status));
     EXPECT_EQ(MessageOf([&] { GetBytes(); }), NO_MEMORY);
     // A size that no provider named is another matter.
-    EXPECT_THROW(GetCapabilityBytes(Loader(), DSP, KEY, 4097), std::bad_alloc);
-    largestAllocation = SIZE_MAX;
+    const AllocationFault fault(1);
+    EXPECT_THROW(GetBytes(), std::bad_alloc);
   }
 }
 
@@ -174,7 +173,7 @@ TEST_F(ProviderCalls, VectorsMatchTheirCount) {
       {answers(words({MAX, 0})), SMALL},
       {answers(Bytes(9)), LARGE},
       {answers(words({1, 0, 0})), LARGE},
-      {answersAndExhausts(words({1000}) + Bytes(8000)), NO_MEMORY},
+      {exhausts(answers(words({3, 0, 0, 0}))), NO_MEMORY},
   };
   for (const auto& row : ROWS) {
     Set(row.behaviour);
@@ -195,7 +194,7 @@ TEST_F(ProviderCalls, StringsEndAtTheirFirstNul) {
       {answers({}), "missing null terminator"},
       {answers(text), "missing null terminator"},
       {replies({{SUCCESS, 2, {'a', 'b', 0}}}), "missing null terminator"},
-      {answersAndExhausts(Bytes(8000, 't') + Bytes{0}), NO_MEMORY},
+      {exhausts(answers(text + Bytes{0})), NO_MEMORY},
   };
   for (const auto& row : ROWS) {
     Set(row.behaviour);
