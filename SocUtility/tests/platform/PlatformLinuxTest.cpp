@@ -1,16 +1,12 @@
-// Facts of the Linux layer alone: where its answers come from, what the dynamic linker's own
-// modules would do to it, and what is documented of the Win32 functions but not kept by all
-// versions of them.
+// Facts of the Linux layer alone: what the dynamic linker's own modules would do to it, and what is
+// documented of the Win32 functions but not kept by all versions of them.
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/WindowsApi.h"
 
@@ -21,18 +17,6 @@ namespace fs = std::filesystem;
 std::string pathOf(HMODULE module) {
   std::array<char, 4096> path{};
   return {path.data(), GetModuleFileNameA(module, path.data(), path.size())};
-}
-
-TEST(LinuxFirmwareTable, IsTheKernelsFile) {
-  std::ifstream file("/sys/firmware/acpi/tables/FACP", std::ios::binary);
-  if (!file) {
-    GTEST_SKIP() << "this machine shows no FADT, or not to this user";
-  }
-  const std::vector<char> expected{std::istreambuf_iterator<char>(file), {}};
-  std::vector<char> table(expected.size() + 1);
-  table.resize(GetSystemFirmwareTable(0x41435049, 0x50434146, table.data(),
-                                      static_cast<DWORD>(table.size())));
-  EXPECT_EQ(table, expected);
 }
 
 TEST(LinuxModule, EveryListedOneCanBeAsked) {
