@@ -62,15 +62,9 @@ class DriverLocation : public testing::Test {
   }
 
   static void Store(const std::string& key, LPCSTR name, const Value& value) {
-    HKEY handle = nullptr;
-    ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, key.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
-                              &handle, nullptr),
+    EXPECT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, key.c_str(), name, value.type, value.bytes.data(),
+                              static_cast<DWORD>(value.bytes.size())),
               ERROR_SUCCESS);
-    EXPECT_EQ(RegSetValueExA(handle, name, 0, value.type,
-                             reinterpret_cast<const BYTE*>(value.bytes.data()),
-                             static_cast<DWORD>(value.bytes.size())),
-              ERROR_SUCCESS);
-    RegCloseKey(handle);
   }
 
   /// The accelerator's service with a device that is marked so.
