@@ -2,7 +2,7 @@
 
 from facts import (ASKED, DSP, FIRST_SIZES, LIST, LIST_DEFAULT, LIST_IMPORTED, OPTIONAL, REFUSED,
                    REQUIRED, SCALAR, SCALAR_DEFAULT, SCALAR_IMPORTED, Tests, one_import, refuse)
-from scenario import number, run
+from scenario import Result, number, run
 
 # Sizes that no answer has: more than memory holds, or more than is taken from a provider.
 HOSTILE = [2**64 - 1, 2**63, 2**40, 65 << 20]
@@ -10,8 +10,8 @@ HOSTILE = [2**64 - 1, 2**63, 2**40, 65 << 20]
 
 class Import(Tests):
     def test_every_key_is_asked_once_in_order_for_each_query_function(self):
-        outcome = run([SCALAR, LIST, SCALAR, LIST], "Scripted")
-        self.assert_results(outcome, *[SCALAR_IMPORTED, LIST_IMPORTED] * 2)
+        outcome = run([SCALAR, LIST, SCALAR, LIST, "s 2 5 n8"], "Scripted")
+        self.assert_results(outcome, *[SCALAR_IMPORTED, LIST_IMPORTED] * 2, Result(7, 8, ""))
         # The example's list needs 40 bytes: asked again.
         growth = {(DSP, 16): [32, 40]}
         log = one_import(lambda pair: growth.get(pair, [FIRST_SIZES.get(pair, 8)]))

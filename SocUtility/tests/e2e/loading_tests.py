@@ -57,6 +57,13 @@ class Finding(Tests):
                 if loaded:
                     self.assertEqual("unload", outcome.log[-1])
 
+    def test_another_kind_of_provider_is_not_asked(self):
+        if Settings.is_windows():
+            self.skipTest("its file has the product's own name there")
+        outcome = run([SCALAR, SCALAR, LIST, LIST], extra={"lib/ZynSystemInfo.dll": "Scripted"})
+        self.assert_nothing_imported(outcome)
+        self.assert_loads(outcome, 0)
+
 
 class Machines(Tests):
     """The machines of the examples: their firmware tables take the place of this machine's."""

@@ -111,6 +111,8 @@ TEST(EnvironmentVariable, IsCopiedOnlyWhole) {
       }
     }
   }
+  EXPECT_EQ(GetEnvironmentVariableW(WIDE("PLATFORM_TEST\u00c4+"), nullptr, 0), 0U);
+  EXPECT_EQ(GetLastError(), ERROR_ENVVAR_NOT_FOUND);
 }
 
 TEST(WideToUtf8, GivesEveryCharacterItsBytes) {

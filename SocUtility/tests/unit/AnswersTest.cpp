@@ -88,6 +88,7 @@ TEST(Answers, OfEveryKeyAndOnePastEachEnd) {
       {CPU, 0, 0, NO_CPU, NO_CPU, 0},
       {CPU, 1, 2, ANSWERED, SCALAR_CPU, 1},
       {CPU, 3, 20, NO_CPU, NO_CPU, 3},
+      {CPU, HIGH + 2, HIGH + 2, ANSWERED, SCALAR_CPU, 2},
       {0, 1, 1, NO_UNIT, NO_UNIT, 0},
       {4, 16, 16, NO_UNIT, NO_UNIT, 4},
       {HIGH + 2, 16, 16, NO_UNIT, NO_UNIT, 2},
