@@ -64,6 +64,7 @@ TEST_F(LibraryLayer, FindsLoadedModulesWithoutAReference) {
   EXPECT_FALSE(IsLoaded());
   EXPECT_EQ(dlClose(module), -1);
   EXPECT_STREQ(dlError(), "free library failed");
+  EXPECT_EQ(dlClose(nullptr), 0);
 }
 
 TEST_F(LibraryLayer, LeavesToTheProcessWhatItHadLoaded) {

@@ -114,6 +114,7 @@ TEST_F(ProviderCalls, GrowWhileMoreIsAskedFor) {
       {{{TOO_SMALL, 33, dirt}, {TOO_SMALL, 200, dirt}, {SUCCESS, 5}}, "", {32, 33, 200}},
       {{{TOO_SMALL, LARGEST_ANSWER}, {SUCCESS, 8}}, "", {32, LARGEST_ANSWER}},
       {{{TOO_SMALL, 0}}, MATCHING, {32}},
+      {{{TOO_SMALL, 32}, {SUCCESS, 8}}, MATCHING, {32}},
       {{{TOO_SMALL, 64}, {TOO_SMALL, 40}}, MATCHING, {32, 64}},
       {{{TOO_SMALL, 64}, {FAILURE, 128}}, "GetCapability failed", {32, 64}},
   };
