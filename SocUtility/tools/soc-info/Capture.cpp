@@ -1,7 +1,7 @@
 #include "Capture.h"
 
 #include <cerrno>
-#include <fstream>
+#include <cstdio>
 #include <span>
 #include <sstream>
 #include <string>
@@ -10,6 +10,7 @@
 #include "IdentifyReport.h"
 #include "InputError.h"
 #include "MachineTables.h"
+#include "NewFile.h"
 #include "Output.h"
 
 namespace fs = std::filesystem;
@@ -32,10 +33,11 @@ void makeEmptyDirectory(const fs::path& directory) {
 }
 
 void writeFile(const fs::path& path, std::span<const char> bytes) {
-  std::ofstream file(path, std::ios::binary);
-  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  file.close();
-  if (!file) {
+  std::FILE* const file = CreateNewFile(path);
+  const bool written =
+      file != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+  const bool closed = file != nullptr && std::fclose(file) == 0;
+  if (!written || !closed) {
     throw InputError(path, std::generic_category().message(errno));
   }
 }

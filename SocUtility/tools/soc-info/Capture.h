@@ -7,6 +7,7 @@
 /// document of `identify`, which the two dumps reproduce. No other table: some hold licence keys.
 ///
 /// \param directory A new or empty one: beside older files the dumps could mean another machine.
+///                  A file or link that appears in it meanwhile is not written over.
 /// Throws `InputError` otherwise, when the tables cannot be read, and when a file cannot be
 /// written.
 void Capture(const std::filesystem::path& directory);
