@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -11,7 +12,12 @@
 /// threads.
 class ChildProcess {
  public:
-  enum class Event { LINE, ENDED, TIMED_OUT };
+  /// What waiting for a line came to.
+  enum class Event { LINE, ENDED, TIMED_OUT, TOO_LONG };
+
+  /// In bytes: more than what a provider's largest answer, of 64 MiB, becomes when each of its
+  /// bytes is escaped as six characters.
+  static constexpr std::size_t LONGEST_LINE = std::size_t{400} << 20;
 
   /// Starts this program with the given arguments, which must not contain double quotes nor end in
   /// a backslash. It shares this process's environment, directory, standard input and standard
@@ -23,11 +29,12 @@ class ChildProcess {
   ChildProcess& operator=(const ChildProcess&) = delete;
 
   /// Waits for the child's next whole line and stores it without its end. `ENDED` comes after the
-  /// last line, also when others still hold the pipe; `TIMED_OUT` when there was no line in time.
+  /// last line, also when others still hold the pipe; `TIMED_OUT` when there was no line in time,
+  /// and `TOO_LONG` when more than `LONGEST_LINE` came without a line's end.
   Event Next(std::string& line, std::chrono::milliseconds limit);
 
   /// How the child ended, after `ENDED`: "signal 11 (Segmentation fault)", "exception 0xC0000005"
-  /// or "exit status 1"; empty for exit status 0.
+  /// or "exit status 1"; empty for exit status 0, and not when it cannot be told.
   const std::string& Failure() const { return failure_; }
 
  private:
@@ -42,6 +49,7 @@ class ChildProcess {
 
   std::unique_ptr<Handles> handles_;
   std::string received_;
+  std::size_t searched_ = 0;  ///< So many bytes of `received_` hold no line's end.
   std::string failure_;
 };
 

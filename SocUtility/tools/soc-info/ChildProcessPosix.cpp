@@ -25,7 +25,9 @@ void throwIf(bool failed, int error, const char* what) {
 std::string describe(int status) {
   if (WIFSIGNALED(status)) {
     const int signal = WTERMSIG(status);
-    return "signal " + std::to_string(signal) + " (" + sigdescr_np(signal) + ')';
+    const char* const description = sigdescr_np(signal);  // null for a real-time signal
+    return "signal " + std::to_string(signal) +
+           (description == nullptr ? std::string() : std::string(" (") + description + ')');
   }
   const int code = WEXITSTATUS(status);
   return code == 0 ? std::string() : "exit status " + std::to_string(code);
@@ -48,6 +50,8 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments)
   }
   argv.push_back(nullptr);
 
+  // A process can be started with this signal ignored, and then its children leave no status.
+  throwIf(std::signal(SIGCHLD, SIG_DFL) == SIG_ERR, errno, "signal");
   std::array<int, 2> ends{};
   throwIf(pipe2(ends.data(), O_CLOEXEC) != 0, errno, "pipe");
   posix_spawn_file_actions_t actions;
@@ -76,11 +80,16 @@ ChildProcess::~ChildProcess() {
 
 bool ChildProcess::HasEnded() {
   int status = 0;
-  if (handles_->process != 0 && waitpid(handles_->process, &status, WNOHANG) != 0) {
-    handles_->process = 0;
-    failure_ = describe(status);
+  if (handles_->process == 0) {
+    return true;
   }
-  return handles_->process == 0;
+  const pid_t result = waitpid(handles_->process, &status, WNOHANG);
+  if (result == 0) {
+    return false;
+  }
+  failure_ = result < 0 ? std::string("no exit status: ") + std::strerror(errno) : describe(status);
+  handles_->process = 0;
+  return true;
 }
 
 bool ChildProcess::Receive() {
