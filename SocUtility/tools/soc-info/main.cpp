@@ -4,6 +4,7 @@
 // whose import would not count; 2 for bad arguments and for files that are missing or unusable.
 #include <CLI/CLI.hpp>
 #include <chrono>
+#include <cmath>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -99,6 +100,9 @@ void addCheckProvider(CLI::App& app) {
       ->option_text("SECONDS")
       ->check(CLI::Range(0.001, 86400.0));
   command->callback([options] {
+    if (!std::isfinite(options->seconds)) {
+      throw InputError("--timeout takes a number");  // "nan" is in no range, and outside of none
+    }
     const std::chrono::duration<double> limit(options->seconds);
     const ProviderCheck check =
         CheckProvider(options->file, std::chrono::duration_cast<std::chrono::milliseconds>(limit));
