@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
@@ -38,15 +40,38 @@ struct Recording {
   std::uint64_t calls = 0;
   std::uint32_t status = 0;
   std::uint64_t offered = 0;   ///< The buffer's size in bytes.
-  std::uint64_t reported = 0;  ///< What the provider left in the size.
+  std::uint64_t reported = 0;  ///< What the provider left in the size; `offered` if it threw.
   std::vector<std::uint8_t> bytes;
+  std::optional<std::string> thrown;  ///< The text of the `std::runtime_error` it threw.
 } recording;
+
+/// An exception that ends an import came out of the provider. Of this program's own type and with a
+/// copy of the text, as both must outlive the provider.
+struct ImportEnded : std::exception {
+  explicit ImportEnded(Json textOrNull) : text(std::move(textOrNull)) {}
+
+  Json text;
+};
 
 std::uint32_t callAndRecord(std::uint64_t component, std::uint64_t key, void* buffer,
                             std::uint64_t* size) {
   ++recording.calls;
+  // Nothing of an earlier call may stand beside this one's size if there is no answer.
   recording.offered = *size;
-  recording.status = recording.provider(component, key, buffer, size);
+  recording.reported = *size;
+  recording.status = FAILURE;
+  recording.bytes.clear();
+  recording.thrown.reset();
+  try {
+    recording.status = recording.provider(component, key, buffer, size);
+  } catch (const std::runtime_error& error) {
+    recording.thrown = error.what();
+    throw;  // to the import, which takes it for a failed call
+  } catch (const std::exception& error) {
+    throw ImportEnded(error.what());
+  } catch (...) {
+    throw ImportEnded(nullptr);
+  }
   recording.reported = *size;
   const auto* const bytes = static_cast<const std::uint8_t*>(buffer);
   recording.bytes.assign(bytes, bytes + std::min(recording.offered, recording.reported));
@@ -60,7 +85,8 @@ std::uint32_t repeatRecorded(std::uint64_t /*component*/, std::uint64_t /*key*/,
     *size = recording.offered;
     return INSUFFICIENT_SIZE;
   }
-  std::ranges::copy(recording.bytes, static_cast<std::uint8_t*>(buffer));
+  const std::uint64_t length = std::min<std::uint64_t>(*size, recording.bytes.size());
+  std::copy_n(recording.bytes.data(), length, static_cast<std::uint8_t*>(buffer));
   *size = recording.reported;
   return recording.status;
 }
@@ -69,6 +95,9 @@ std::uint32_t repeatRecorded(std::uint64_t /*component*/, std::uint64_t /*key*/,
 template <class Record>
 std::string failureMessage(std::uint32_t key) {
   constexpr std::uint32_t COMPONENT = KeyTable<Record>::COMPONENT;
+  if (recording.thrown) {
+    return "it threw a std::runtime_error, " + Quoted(*recording.thrown);
+  }
   ProviderLoader repeat{ProviderSearchPlan{2}};
   repeat.getCapability = &repeatRecorded;
   try {
@@ -112,7 +141,7 @@ void askComponent(std::FILE* parent, ProviderLoader& provider, const ImportKeys&
                   {"value", answered ? row->value : Json(nullptr)},
                   {"message", answered ? Json(nullptr) : Json(failureMessage<Record>(key))},
                   {"calls", recording.calls},
-                  {"status", recording.status},
+                  {"status", recording.thrown ? Json(nullptr) : Json(recording.status)},
                   {"offered", recording.offered},
                   {"reported", recording.reported}});
   };
@@ -147,7 +176,11 @@ void AskProvider(const std::string& file) {
     const std::string_view rejection = WhyRejected(provider);
     tell(parent, {{"rejection", rejection.empty() ? Json(nullptr) : Json(rejection)}});
     if (rejection.empty()) {
-      askEverything(parent, provider);
+      try {
+        askEverything(parent, provider);
+      } catch (const ImportEnded& ended) {
+        tell(parent, {{"exception", ended.text}});
+      }
     }
     tell(parent, {{"step", "unload"}});
   }

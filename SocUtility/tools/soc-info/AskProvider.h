@@ -11,6 +11,8 @@
 /// - `loadError`   why the library could not be loaded; nothing follows
 /// - `rejection`   why an import would not ask it; null when it would, and only then keys follow
 /// - a key asked, as in the document of `check-provider --json`
+/// - `exception`   the text, or null, of what the latest key threw, if that ends an import: any
+///                 exception but `std::runtime_error`, which fails the key; no further key follows
 ///
-/// Throws `std::runtime_error` when the parent cannot be written to, and what the library lets out.
+/// Throws `std::runtime_error` when the parent cannot be written to.
 void AskProvider(const std::string& file);

@@ -1,5 +1,7 @@
 #include "CheckProvider.h"
 
+#include <algorithm>
+#include <initializer_list>
 #include <iomanip>
 #include <optional>
 #include <ostream>
@@ -27,17 +29,44 @@ void requireFile(const fs::path& file) {
   }
 }
 
-/// Takes what the child tells in one line.
-void take(ProviderCheck& check, Json line) {
+/// Whether a line has what is read of a key's, and no value that is nested deeper than a list.
+bool tellsOfKey(const Json& line) {
+  const auto all = [&](auto is, std::initializer_list<const char*> names) {
+    return std::ranges::all_of(
+        names, [&](const char* name) { return line.contains(name) && (line.at(name).*is)(); });
+  };
+  return all(&Json::is_string, {"component", "type"}) &&
+         all(&Json::is_boolean, {"required", "answered"}) &&
+         all(&Json::is_number_unsigned, {"key", "calls", "offered", "reported"}) &&
+         all(&Json::is_primitive, {"status"}) && !line.at("value").is_object() &&
+         std::ranges::all_of(line.at("value"), &Json::is_primitive) &&
+         (line.at("answered").get<bool>() ? line.at("message").is_null()
+                                          : line.at("message").is_string());
+}
+
+/// Takes what the child tells in one line. False when it is no line of the child's: the library can
+/// write to any descriptor of the process, and the pipe's is one of them.
+bool take(ProviderCheck& check, const std::string& text) try {
+  Json line = Json::parse(text);
   if (line.contains("step")) {
     check.lastStep = line.at("step").get<std::string>();
   } else if (line.contains("loadError")) {
     throw InputError(fs::path(check.file), line.at("loadError").get<std::string>());
   } else if (line.contains("rejection")) {
     check.rejection = line.at("rejection").is_null() ? "" : line.at("rejection").get<std::string>();
-  } else {
+  } else if (line.contains("exception")) {
+    check.exceptionAt = check.lastStep;
+    if (line.at("exception").is_string()) {
+      check.exceptionText = line.at("exception");
+    }
+  } else if (tellsOfKey(line)) {
     check.keys.push_back(std::move(line));
+  } else {
+    return false;
   }
+  return true;
+} catch (const Json::exception&) {
+  return false;
 }
 
 bool wasLoaded(const ProviderCheck& check) { return check.lastStep != "load"; }
@@ -90,9 +119,10 @@ std::string answerText(const Json& row) {
     return row.at("value").is_null() ? "not a finite number" : ValueText(row.at("value"));
   }
   const std::uint64_t calls = row.at("calls").get<std::uint64_t>();
-  return "no: " + row.at("message").get<std::string>() + " (status " + row.at("status").dump() +
-         ", " + row.at("offered").dump() + " bytes offered, " + row.at("reported").dump() +
-         " reported" + (calls > 1 ? ", call " + std::to_string(calls) : "") + ')';
+  return "no: " + row.at("message").get<std::string>() + " (" +
+         (row.at("status").is_null() ? "no status" : "status " + row.at("status").dump()) + ", " +
+         row.at("offered").dump() + " bytes offered, " + row.at("reported").dump() + " reported" +
+         (calls > 1 ? ", call " + std::to_string(calls) : "") + ')';
 }
 
 void writeKeys(std::ostream& out, const ProviderCheck& check) {
@@ -112,6 +142,9 @@ std::string_view verdictText(const ProviderCheck& check) {
   if (wasStopped(check)) {
     return "a process with an unknown chip would not survive the import";
   }
+  if (!check.exceptionAt.empty()) {
+    return "for an unknown chip every query would fail with 25, and ask the provider anew";
+  }
   return ImportCounts(check) ? "for an unknown chip the import counts"
                              : "for an unknown chip the import does not count";
 }
@@ -127,12 +160,19 @@ ProviderCheck CheckProvider(const fs::path& file, std::chrono::milliseconds limi
                       .rejection = {},
                       .keys = {},
                       .lastStep = "load",
+                      .exceptionAt = {},
+                      .exceptionText = {},
                       .crash = {}};
   ChildProcess child({"ask-provider", check.file});
   std::string line;
   ChildProcess::Event event{};
-  while ((event = child.Next(line, limit)) == ChildProcess::Event::LINE) {
-    take(check, Json::parse(line));
+  bool intact = true;
+  while (intact && (event = child.Next(line, limit)) == ChildProcess::Event::LINE) {
+    intact = take(check, line);
+  }
+  if (!intact || event == ChildProcess::Event::TOO_LONG) {
+    check.crash = "it wrote to a descriptor that is not its own";
+    return check;
   }
   check.hung = event == ChildProcess::Event::TIMED_OUT;
   check.crash = child.Failure();
@@ -164,6 +204,11 @@ void WriteText(std::ostream& out, const ProviderCheck& check) {
     WriteLine(out, "provider",
               check.rejection.empty() ? "accepted" : "rejected: " + check.rejection);
   }
+  if (!check.exceptionAt.empty()) {
+    const std::string text =
+        check.exceptionText.is_null() ? "" : ": " + Quoted(check.exceptionText.get<std::string>());
+    WriteLine(out, "exception", "at " + check.exceptionAt + text);
+  }
   if (wasStopped(check)) {
     WriteLine(out, howStopped(check),
               "at " + check.lastStep + (check.hung ? ", given up" : ": " + check.crash));
@@ -185,9 +230,13 @@ Json ToJson(const ProviderCheck& check) {
       {"accepted", wasLoaded(check) ? Json(check.rejection.empty()) : Json(nullptr)},
       {"reason", textOrNull(check.rejection)},
       {"stopped", nullptr},
+      {"exception", nullptr},
       {"statuses", {{"DSP", number(dspStatus(check))}, {"GPU", number(gpuStatus(check))}}},
       {"importCounts", ImportCounts(check)},
       {"keys", check.keys}};
+  if (!check.exceptionAt.empty()) {
+    document["exception"] = {{"at", check.exceptionAt}, {"text", check.exceptionText}};
+  }
   if (wasStopped(check)) {
     document["stopped"] = {
         {"at", check.lastStep}, {"how", howStopped(check)}, {"detail", textOrNull(check.crash)}};

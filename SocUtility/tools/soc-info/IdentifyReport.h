@@ -9,6 +9,7 @@
 #include "capabilities/SocInfo.h"
 #include "chip/ChipIdentification.h"
 
+/// One identification and the catalogue's answer to it.
 struct IdentifyReport {
   Identification steps;
   SocInfo record;             ///< The catalogue's for the identifier.
@@ -25,6 +26,7 @@ std::string WhyNotIdentified(const IdentifyReport& report);
 /// lacks. Empty otherwise.
 std::string LineToAdd(const Identification& steps);
 
+/// For people: the steps in their order, and what to do about a chip that is not known.
 void WriteText(std::ostream& out, const IdentifyReport& report);
 
 /// The document of `identify --json`. It tells of the tables' bytes only, not of where they came

@@ -82,9 +82,16 @@ ProviderReport AttemptProvider(SocInfo& record) {
     return report;
   }
 
-  importComponent(provider, DSP_IMPORT_KEYS, record.dsps.front(), report);
-  importComponent(provider, CPU_IMPORT_KEYS, record.cpu, report);
-  importComponent(provider, GPU_IMPORT_KEYS, record.gpus.front(), report);
+  try {
+    importComponent(provider, DSP_IMPORT_KEYS, record.dsps.front(), report);
+    importComponent(provider, CPU_IMPORT_KEYS, record.cpu, report);
+    importComponent(provider, GPU_IMPORT_KEYS, record.gpus.front(), report);
+  } catch (...) {
+    // What a provider lets out may be of a type of its own, which is gone once it is unloaded.
+    report.state = ProviderState::FAILED;
+    report.reason = "an exception ended the import";
+    return report;
+  }
   report.state = report.missing.empty() ? ProviderState::IMPORTED : ProviderState::INCOMPLETE;
   if (!report.missing.empty()) {
     report.reason = "required keys missing";
@@ -112,6 +119,8 @@ std::string_view StateName(ProviderState state) {
       return "rejected";
     case ProviderState::INCOMPLETE:
       return "incomplete";
+    case ProviderState::FAILED:
+      return "failed";
     case ProviderState::IMPORTED:
       break;
   }

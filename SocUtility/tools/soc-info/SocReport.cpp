@@ -52,6 +52,8 @@ std::string answersText(const SocReport& report) {
       return "provider, over the unknown row";
     case ProviderState::INCOMPLETE:
       return "unknown row, with what the provider did answer";
+    case ProviderState::FAILED:
+      return "none: every query fails";
     default:
       return "unknown row";
   }
@@ -92,6 +94,13 @@ void writeProvider(std::ostream& out, const ProviderReport& provider) {
       WriteLine(out, "", library);
       writeHint();
       break;
+    case ProviderState::FAILED:
+      WriteLine(out, "provider", "found but failing: " + provider.reason);
+      WriteLine(out, "", library);
+      writeHint();
+      WriteLine(out, "note",
+                "both queries answer FAILURE (25), and each call makes the attempt anew");
+      return;
     case ProviderState::IMPORTED:
       WriteLine(out, "provider", library);
       return;
@@ -132,9 +141,12 @@ SocReport inspect(const MachineTables& tables) {
   return report;
 }
 
-std::string_view answersFrom(const SocReport& report) {
+Json answersFrom(const SocReport& report) {
   if (report.identify.record.isKnownChip) {
     return "catalogue";
+  }
+  if (report.provider.state == ProviderState::FAILED) {
+    return nullptr;
   }
   return report.provider.state == ProviderState::IMPORTED ? "provider" : "unknownRow";
 }

@@ -8,6 +8,7 @@
 #include "Output.h"
 #include "ProviderReport.h"
 
+/// What identification and provider make of one machine.
 struct SocReport {
   IdentifyReport identify;  ///< Its record holds the provider's answers too.
   ProviderReport provider;
@@ -19,6 +20,7 @@ SocReport InspectThisMachine();
 /// The machine that the tables came from.
 SocReport InspectTables(const MachineTables& tables);
 
+/// For people: the chip, the provider, and a table of every capability.
 void WriteText(std::ostream& out, const SocReport& report);
 
 /// The document of `soc-info --json`. Fields, in schema version 1:
@@ -26,7 +28,7 @@ void WriteText(std::ostream& out, const SocReport& report);
 /// - `schemaVersion`      1
 /// - `chip`               `name`, `names` (all of them, sorted), `model`, `chipId` (0 when not
 ///                        identified), `known`: whether the catalogue has a row for it
-/// - `answersFrom`        "catalogue", "provider" or "unknownRow"
+/// - `answersFrom`        "catalogue", "provider" or "unknownRow"; null when every query fails
 /// - `provider`           `state` (see `StateName`), `library` (path or null), `lookedFor` (file
 ///                        names, a bare one by the platform's search), `reason` (text or null),
 ///                        `missing` (required keys without an answer, as "DSP 17")
