@@ -11,9 +11,13 @@
  *   reply STATUS SIZE HEX   returns STATUS and reports SIZE, whatever fits of the bytes written
  *   call 0 0 LIBRARY        asks both queries of the product, then answers
  *   print 0 0 TEXT          writes TEXT to standard output, then answers
+ *   tell AGAIN 0 TEXT       writes TEXT and a line's end to descriptor 3, then answers; only TEXT,
+ *                           and for ever, if AGAIN is not 0
+ *   signal NUMBER 0 -       raises that signal, then answers
  *   quit | abort | hang     ends the process, or never returns; two numbers and a text follow
  *
  * A question without a line is answered by the example. */
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -123,6 +127,15 @@ static void obey(const Rule* rule) {
     case 'p':
       (void)puts(rule->text);
       (void)fflush(stdout);
+      break;
+    case 't':
+      do {
+        HostAppend("/dev/fd/3", rule->text, strlen(rule->text));
+      } while (rule->status != 0);
+      HostAppend("/dev/fd/3", "\n", 1);
+      break;
+    case 's':
+      (void)raise((int)rule->status);
       break;
     case 'q':
       exit(0);

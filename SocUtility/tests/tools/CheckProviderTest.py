@@ -3,10 +3,11 @@
 import json
 import os
 import shutil
+import signal
 import unittest
 
-from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, NO_PROVIDER, PROVIDER,
-                      Tests)
+from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, NO_PROVIDER, OWN_FAULT,
+                      PROVIDER, RUNTIME_ERROR, Tests)
 
 COUNTS, DOES_NOT_COUNT, BAD_INPUT = 0, 1, 2
 
@@ -20,8 +21,8 @@ class CheckProviderTest(Tests):
         return result.returncode, document, {(row["component"], row["key"]): row
                                              for row in document["keys"]}
 
-    def text(self, *script):
-        return self.run_tool("check-provider", PROVIDER, script=script)
+    def text(self, *script, library=PROVIDER, before=None):
+        return self.run_tool("check-provider", library, script=script, before=before)
 
     @unittest.skipUnless(os.environ["EXAMPLE_PROVIDER"], "built without the examples")
     def test_example_is_asked_in_the_order_of_the_import_and_counts(self):
@@ -59,18 +60,36 @@ class CheckProviderTest(Tests):
 
     def test_library_that_stops_the_process_is_reported_with_the_step(self):
         for rule, at, how, rows_before in [
-            ("2 17 abort", "DSP 17", "crash", 24),
-            ("2 1 quit", "DSP 1", "crash", 0),
-            ("2 44 hang", "DSP 44", "hang", 42),
-            ("0 0 abort", "unload", "crash", 56),
+            ("2 17 abort 0 0 -", "DSP 17", "crash", 24),
+            ("2 17 signal 34 0 -", "DSP 17", "crash", 24),  # a signal without a description
+            ("2 1 quit 0 0 -", "DSP 1", "crash", 0),
+            ("2 44 hang 0 0 -", "DSP 44", "hang", 42),
+            ("0 0 abort 0 0 -", "unload", "crash", 56),
+            ("2 17 tell 0 0 no JSON", "DSP 17", "crash", 24),
+            ("2 17 tell 0 0 {}", "DSP 17", "crash", 24),
+            ("2 17 tell 1 0 a line without an end", "DSP 17", "hang", 24),
         ]:
             with self.subTest(rule):
-                status, document, rows = self.check(PROVIDER, rule + " 0 0 -",
+                status, document, rows = self.check(PROVIDER, rule,
                                                     timeout="1" if how == "hang" else "20")
                 self.assertEqual((status, document["importCounts"]), (DOES_NOT_COUNT, False))
                 self.assertEqual((document["stopped"]["at"], document["stopped"]["how"], len(rows)),
                                  (at, how, rows_before))
-        self.assertIn("crash        at DSP 17: signal 6", self.text("2 17 abort 0 0 -").stdout)
+        result = self.text("2 17 abort 0 0 -",
+                           before=lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN))
+        self.assertIn("crash        at DSP 17: signal 6", result.stdout)
+        self.assertIn("would not survive the import", result.stdout)
+
+    def test_exception_fails_the_key_or_the_import_as_in_the_library(self):
+        # The answer before it is larger than what is offered when the exception comes.
+        _, document, rows = self.check(RUNTIME_ERROR, "2 2 reply 4 4000 -")
+        self.assertEqual((document["exception"], len(rows)), (None, 56))
+        self.assertEqual([rows["DSP", 3][name] for name in ("message", "status", "reported")],
+                         ['it threw a std::runtime_error, "thrown by the provider"', None, 8])
+        status, document, rows = self.check(OWN_FAULT)
+        self.assertEqual((status, document["stopped"], document["exception"], len(rows)),
+                         (DOES_NOT_COUNT, None, {"at": "DSP 3", "text": None}, 2))
+        self.assertIn("every query would fail with 25", self.text(library=OWN_FAULT).stdout)
 
     def test_what_the_library_prints_or_answers_is_not_taken_for_the_report(self):
         script = ['2 2 print 0 0 {"step": "exit"}', HOSTILE_NAME]
@@ -97,7 +116,8 @@ class CheckProviderTest(Tests):
                               (".", "not a regular file")]:
             with self.subTest(file):
                 self.assert_refused(self.run_tool("check-provider", file), message)
-        self.assert_refused(self.run_tool("check-provider", PROVIDER, "--timeout", "0"), "")
+        for seconds in ("0", "nan"):
+            self.assert_refused(self.run_tool("check-provider", PROVIDER, "--timeout", seconds), "")
 
 
 if __name__ == "__main__":

@@ -1,14 +1,16 @@
 """soc-info as a user meets it: text, bad input, captures, and what it tells of a provider."""
 
+import contextlib
 import json
 import os
 import pathlib
 import shutil
 import tempfile
+import threading
 import unittest
 
 from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, MACHINES, NO_PROVIDER,
-                      PROVIDER, SOC_INFO, Tests)
+                      OWN_FAULT, PROVIDER, SOC_INFO, Tests)
 
 FACP = (MACHINES / "heron" / "facp.dat").read_bytes()
 PPTT = (MACHINES / "heron" / "pptt.dat").read_bytes()
@@ -93,6 +95,31 @@ class SocInfoTest(Tests):
                          (capture / "identify.json").read_text())
         self.assert_refused(self.run_tool("capture", capture), "not empty")
 
+    def test_capture_follows_no_link_that_is_put_into_its_directory_meanwhile(self):
+        victim = self.folder / "victim"
+        victim.touch()
+        capture = self.folder / "capture"
+        capture.mkdir()
+        done = threading.Event()
+
+        def flip():
+            while not done.is_set():
+                with contextlib.suppress(FileExistsError):
+                    (capture / "FACP").symlink_to(victim)
+                (capture / "FACP").unlink()
+
+        attacker = threading.Thread(target=flip)
+        attacker.start()
+        for _ in range(30):
+            result = self.run_tool("capture", capture)
+            for rest in ("PPTT", "identify.json"):
+                (capture / rest).unlink(missing_ok=True)
+        done.set()
+        attacker.join()
+        if "nothing to capture" in result.stderr:
+            self.skipTest("this machine's tables cannot be read")
+        self.assertEqual(victim.read_bytes(), b"")
+
     def with_provider(self, library, *script):
         """This machine's document, with a library in the provider's place beside the program."""
         program = shutil.copy(SOC_INFO, self.folder)
@@ -131,9 +158,12 @@ class SocInfoTest(Tests):
         for library, state, reason in [
             (NO_PROVIDER, "rejected", "it lacks the export Soc_GetCapability"),
             (MACHINES / "rebuild", "notFound", "load library failed"),
+            (OWN_FAULT, "failed", "an exception ended the import"),
         ]:
             with self.subTest(state):
-                provider = self.with_provider(library)[0]["provider"]
+                document = self.with_provider(library)[0]
+                provider = document["provider"]
+                self.assertTrue(document["scalarQueriesFail"])
                 self.assertEqual((provider["state"], provider["reason"]), (state, reason))
                 self.assertEqual(provider["lookedFor"],
                                  [f"{self.folder}/RzSoCServiceUtils.dll", "RzSoCServiceUtils.dll"])
