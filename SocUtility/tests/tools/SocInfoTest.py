@@ -98,26 +98,25 @@ class SocInfoTest(Tests):
     def test_capture_follows_no_link_that_is_put_into_its_directory_meanwhile(self):
         victim = self.folder / "victim"
         victim.touch()
-        capture = self.folder / "capture"
-        capture.mkdir()
-        done = threading.Event()
 
-        def flip():
-            while not done.is_set():
-                with contextlib.suppress(FileExistsError):
-                    (capture / "FACP").symlink_to(victim)
-                (capture / "FACP").unlink()
+        def put_link(capture, ended):
+            while not ended.is_set():
+                if os.path.lexists(capture + "/FACP"):
+                    with contextlib.suppress(FileExistsError):
+                        os.symlink(victim, capture + "/identify.json")
+                    return
 
-        attacker = threading.Thread(target=flip)
-        attacker.start()
-        for _ in range(30):
+        for attempt in range(40):  # about every fifth comes at the right moment
+            capture = self.folder / str(attempt)
+            capture.mkdir()
+            ended = threading.Event()
+            attacker = threading.Thread(target=put_link, args=(str(capture), ended))
+            attacker.start()
             result = self.run_tool("capture", capture)
-            for rest in ("PPTT", "identify.json"):
-                (capture / rest).unlink(missing_ok=True)
-        done.set()
-        attacker.join()
-        if "nothing to capture" in result.stderr:
-            self.skipTest("this machine's tables cannot be read")
+            ended.set()
+            attacker.join()
+            if "nothing to capture" in result.stderr:
+                self.skipTest("this machine's tables cannot be read")
         self.assertEqual(victim.read_bytes(), b"")
 
     def with_provider(self, library, *script):
