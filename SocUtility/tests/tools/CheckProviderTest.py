@@ -78,7 +78,7 @@ class CheckProviderTest(Tests):
         result = self.text("2 17 abort 0 0 -",
                            before=lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN))
         self.assertIn("crash        at DSP 17: signal 6", result.stdout)
-        self.assertIn("would not survive the import", result.stdout)
+        self.assertIn("would not come unharmed out of the import", result.stdout)
 
     def test_exception_fails_the_key_or_the_import_as_in_the_library(self):
         # The answer before it is larger than what is offered when the exception comes.

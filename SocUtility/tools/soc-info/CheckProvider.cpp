@@ -140,7 +140,7 @@ void writeKeys(std::ostream& out, const ProviderCheck& check) {
 
 std::string_view verdictText(const ProviderCheck& check) {
   if (wasStopped(check)) {
-    return "a process with an unknown chip would not survive the import";
+    return "a process with an unknown chip would not come unharmed out of the import";
   }
   if (!check.exceptionAt.empty()) {
     return "for an unknown chip every query would fail with 25, and ask the provider anew";
