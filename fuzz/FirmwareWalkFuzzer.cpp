@@ -2,9 +2,9 @@
 // found is what stands there.
 #include <optional>
 
+#include "DynamicSocInfo/chip/ChipData.h"
+#include "DynamicSocInfo/chip/ChipIdentification.h"
 #include "FuzzInput.h"
-#include "chip/ChipData.h"
-#include "chip/ChipIdentification.h"
 
 namespace {
 

@@ -3,13 +3,13 @@
 #include <memory>
 #include <utility>
 
-#include "Answers.h"
+#include "DynamicSocInfo/Answers.h"
+#include "DynamicSocInfo/ScalarAnswers.h"
+#include "DynamicSocInfo/chip/ChipCatalogue.h"
+#include "DynamicSocInfo/import/ProviderCalls.h"
+#include "DynamicSocInfo/import/ProviderImport.h"
 #include "FuzzInput.h"
-#include "ScalarAnswers.h"
 #include "ZynSystemInfo.h"
-#include "chip/ChipCatalogue.h"
-#include "import/ProviderCalls.h"
-#include "import/ProviderImport.h"
 
 namespace {
 

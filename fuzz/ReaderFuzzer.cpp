@@ -1,8 +1,8 @@
 // The four readers of serialized lists. The input: which list, the number of targets, the buffer.
 #include <vector>
 
+#include "DynamicSocInfo/capabilities/SerializedCapability.h"
 #include "FuzzInput.h"
-#include "capabilities/SerializedCapability.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "Answers.h"
+#include "DynamicSocInfo/Answers.h"
 
 #include <array>
 #include <cstddef>
@@ -7,11 +7,11 @@
 #include <string_view>
 #include <type_traits>
 
-#include "Diagnostics.h"
-#include "ScalarEncoding.h"
+#include "DynamicSocInfo/Diagnostics.h"
+#include "DynamicSocInfo/ScalarEncoding.h"
+#include "DynamicSocInfo/capabilities/KeyTable.h"
+#include "DynamicSocInfo/capabilities/SerializedCapability.h"
 #include "ZynSystemInfo.h"
-#include "capabilities/KeyTable.h"
-#include "capabilities/SerializedCapability.h"
 
 namespace {
 

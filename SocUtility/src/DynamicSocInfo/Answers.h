@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "capabilities/SocInfo.h"
+#include "DynamicSocInfo/capabilities/SocInfo.h"
 
 /// The smallest buffer that the scalar query takes for a component and key, supported or not.
 /// Compares the whole key.

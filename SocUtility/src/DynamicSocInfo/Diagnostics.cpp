@@ -1,4 +1,4 @@
-#include "Diagnostics.h"
+#include "DynamicSocInfo/Diagnostics.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
-#include "ProviderAttempt.h"
+#include "DynamicSocInfo/ProviderAttempt.h"
 
 #include <mutex>
 #include <stdexcept>
 
-#include "import/ProviderImport.h"
+#include "DynamicSocInfo/import/ProviderImport.h"
 #include "platform/WindowsApi.h"
 
 namespace {

@@ -4,10 +4,10 @@
 
 #include <atomic>
 
-#include "ScalarAnswers.h"
-#include "capabilities/SocInfo.h"
+#include "DynamicSocInfo/ScalarAnswers.h"
+#include "DynamicSocInfo/capabilities/SocInfo.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 #include "platform/WindowsApi.h"
-#include "provider/ProviderLoader.h"
 
 /// Whether a loader has all that an import needs: a known library name and the exports of its kind.
 bool IsAcceptedProvider(const ProviderLoader& provider);

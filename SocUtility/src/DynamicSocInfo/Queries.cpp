@@ -1,14 +1,14 @@
-#include "Queries.h"
+#include "DynamicSocInfo/Queries.h"
 
 #include <utility>
 
-#include "Answers.h"
-#include "ProviderAttempt.h"
-#include "ScalarAnswers.h"
+#include "DynamicSocInfo/Answers.h"
+#include "DynamicSocInfo/ProviderAttempt.h"
+#include "DynamicSocInfo/ScalarAnswers.h"
+#include "DynamicSocInfo/capabilities/SocInfo.h"
+#include "DynamicSocInfo/chip/ChipCatalogue.h"
+#include "DynamicSocInfo/chip/ChipIdentification.h"
 #include "ZynSystemInfo.h"
-#include "capabilities/SocInfo.h"
-#include "chip/ChipCatalogue.h"
-#include "chip/ChipIdentification.h"
 
 namespace {
 

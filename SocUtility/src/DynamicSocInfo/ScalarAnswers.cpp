@@ -1,12 +1,12 @@
-#include "ScalarAnswers.h"
+#include "DynamicSocInfo/ScalarAnswers.h"
 
 #include <algorithm>
 #include <string>
 #include <type_traits>
 
-#include "Answers.h"
-#include "ScalarEncoding.h"
-#include "capabilities/KeyTable.h"
+#include "DynamicSocInfo/Answers.h"
+#include "DynamicSocInfo/ScalarEncoding.h"
+#include "DynamicSocInfo/capabilities/KeyTable.h"
 
 ScalarAnswers::ScalarAnswers(const SocInfo& record) {
   Encode(record.dsps.front());

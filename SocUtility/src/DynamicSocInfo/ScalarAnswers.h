@@ -9,8 +9,8 @@
 #include <limits>
 #include <string>
 
+#include "DynamicSocInfo/capabilities/SocInfo.h"
 #include "ZynSystemInfo.h"
-#include "capabilities/SocInfo.h"
 
 /// Holds the numbers, the flags and the GPU's name. What else a query can end in (lists, refusals,
 /// buffers that are too small, a name of unusual length) is left to the query in full.

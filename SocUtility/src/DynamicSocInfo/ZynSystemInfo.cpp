@@ -1,8 +1,8 @@
 // The exported functions: the boundary that no exception crosses.
 #include "ZynSystemInfo.h"
 
-#include "Queries.h"
-#include "ScalarAnswers.h"
+#include "DynamicSocInfo/Queries.h"
+#include "DynamicSocInfo/ScalarAnswers.h"
 
 std::uint32_t Soc_GetAPIVersion(std::uint8_t* major, std::uint8_t* minor) noexcept {
   *major = 0;

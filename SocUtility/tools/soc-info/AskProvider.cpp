@@ -12,17 +12,17 @@
 
 #include "Capabilities.h"
 #include "ChildProcess.h"
+#include "DynamicSocInfo/ScalarEncoding.h"
+#include "DynamicSocInfo/capabilities/KeyTable.h"
+#include "DynamicSocInfo/chip/ChipCatalogue.h"
+#include "DynamicSocInfo/chip/ChipIdentification.h"
+#include "DynamicSocInfo/import/ProviderCalls.h"
+#include "DynamicSocInfo/import/ProviderImport.h"
+#include "DynamicSocInfo/provider/DynamicLibrary.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 #include "Output.h"
 #include "ProviderReport.h"
-#include "ScalarEncoding.h"
-#include "capabilities/KeyTable.h"
-#include "chip/ChipCatalogue.h"
-#include "chip/ChipIdentification.h"
-#include "import/ProviderCalls.h"
-#include "import/ProviderImport.h"
 #include "platform/WindowsApi.h"
-#include "provider/DynamicLibrary.h"
-#include "provider/ProviderLoader.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <array>
 #include <charconv>
 
-#include "capabilities/KeyTable.h"
-#include "capabilities/SerializedCapability.h"
+#include "DynamicSocInfo/capabilities/KeyTable.h"
+#include "DynamicSocInfo/capabilities/SerializedCapability.h"
 
 namespace {
 

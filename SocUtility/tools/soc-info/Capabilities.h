@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "DynamicSocInfo/capabilities/SocInfo.h"
 #include "Output.h"
 #include "ProviderReport.h"
-#include "capabilities/SocInfo.h"
 
 /// One capability.
 struct CapabilityRow {

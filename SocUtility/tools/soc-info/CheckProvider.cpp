@@ -9,10 +9,10 @@
 
 #include "Capabilities.h"
 #include "ChildProcess.h"
+#include "DynamicSocInfo/import/ProviderImport.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 #include "InputError.h"
 #include "ZynSystemInfo.h"
-#include "import/ProviderImport.h"
-#include "provider/ProviderLoader.h"
 
 namespace fs = std::filesystem;
 

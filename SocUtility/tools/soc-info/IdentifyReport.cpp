@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "chip/ChipCatalogue.h"
+#include "DynamicSocInfo/chip/ChipCatalogue.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <iosfwd>
 #include <string>
 
+#include "DynamicSocInfo/capabilities/SocInfo.h"
+#include "DynamicSocInfo/chip/ChipIdentification.h"
 #include "MachineTables.h"
 #include "Output.h"
-#include "capabilities/SocInfo.h"
-#include "chip/ChipIdentification.h"
 
 /// One identification and the catalogue's answer to it.
 struct IdentifyReport {

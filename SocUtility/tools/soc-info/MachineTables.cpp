@@ -10,8 +10,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "DynamicSocInfo/chip/AcpiTables.h"
 #include "InputError.h"
-#include "chip/FirmwareTables.h"
 #include "platform/WindowsApi.h"
 
 namespace fs = std::filesystem;

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "ProviderAttempt.h"
-#include "capabilities/KeyTable.h"
-#include "import/ProviderImport.h"
-#include "provider/DynamicLibrary.h"
-#include "provider/ProviderLoader.h"
+#include "DynamicSocInfo/ProviderAttempt.h"
+#include "DynamicSocInfo/capabilities/KeyTable.h"
+#include "DynamicSocInfo/import/ProviderImport.h"
+#include "DynamicSocInfo/provider/DynamicLibrary.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 
 namespace {
 

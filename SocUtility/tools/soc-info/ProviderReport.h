@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "capabilities/SocInfo.h"
-#include "provider/ProviderLoader.h"
+#include "DynamicSocInfo/capabilities/SocInfo.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 
 /// What a query asks for.
 struct CapabilityKey {

@@ -10,8 +10,8 @@
 #include <type_traits>
 #include <variant>
 
+#include "DynamicSocInfo/capabilities/SocInfo.h"
 #include "ZynSystemInfo.h"
-#include "capabilities/SocInfo.h"
 
 /// For each record type: `COMPONENT`, its number; `Field`, a pointer to one of its fields, or
 /// `std::monostate` for what is no capability; `FIELDS`, the fields indexed by key, key 0 included.

@@ -1,4 +1,4 @@
-#include "capabilities/SerializedCapability.h"
+#include "DynamicSocInfo/capabilities/SerializedCapability.h"
 
 #include <algorithm>
 #include <array>

@@ -24,7 +24,7 @@
 #include <string>
 #include <vector>
 
-#include "capabilities/SocInfo.h"
+#include "DynamicSocInfo/capabilities/SocInfo.h"
 
 /// What the writer leaves in `*size` when a name does not fit its 32 bytes.
 inline constexpr std::uint64_t UNSERIALIZABLE = std::numeric_limits<std::uint64_t>::max();

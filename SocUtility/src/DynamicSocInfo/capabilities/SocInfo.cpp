@@ -1,4 +1,4 @@
-#include "capabilities/SocInfo.h"
+#include "DynamicSocInfo/capabilities/SocInfo.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "chip/ChipCatalogue.h"
+#include "DynamicSocInfo/chip/ChipCatalogue.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "chip/ChipData.h"
+#include "DynamicSocInfo/chip/ChipData.h"
 
 namespace {
 

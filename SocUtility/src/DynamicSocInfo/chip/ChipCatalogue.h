@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <map>
 
-#include "capabilities/SocInfo.h"
+#include "DynamicSocInfo/capabilities/SocInfo.h"
 
 /// Rows by model number, visited in ascending order.
 class ChipCatalogue {

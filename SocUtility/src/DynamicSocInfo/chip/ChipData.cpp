@@ -1,12 +1,12 @@
 // This is the project's development data set: invented chips that exercise every rule. A maker's
 // engineer puts the real rows here; docs/adding-a-chip.md tells how. A broken rule does not
 // compile.
-#include "chip/ChipData.h"
+#include "DynamicSocInfo/chip/ChipData.h"
 
 #include <array>
 #include <iterator>
 
-#include "chip/ChipDataRules.h"
+#include "DynamicSocInfo/chip/ChipDataRules.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <span>
 
-#include "chip/ChipData.h"
+#include "DynamicSocInfo/chip/ChipData.h"
 
 /// Whether `ids` holds `chipId`, for a range of keys or rows.
 template <class Range>

@@ -1,9 +1,9 @@
-#include "chip/ChipIdentification.h"
+#include "DynamicSocInfo/chip/ChipIdentification.h"
 
 #include <algorithm>
 #include <atomic>
 
-#include "chip/ChipData.h"
+#include "DynamicSocInfo/chip/ChipData.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <functional>
 #include <optional>
 
-#include "chip/FirmwareTables.h"
+#include "DynamicSocInfo/chip/AcpiTables.h"
 
 /// A chip identifier that stands for "not identified".
 inline constexpr std::uint32_t NO_CHIP_ID = 0;

@@ -1,4 +1,4 @@
-#include "import/ProviderCalls.h"
+#include "DynamicSocInfo/import/ProviderCalls.h"
 
 #include <algorithm>
 #include <cstring>

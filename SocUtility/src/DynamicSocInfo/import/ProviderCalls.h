@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "provider/ProviderLoader.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 
 /// The largest answer taken, in bytes; a provider that reports more fails the call. It lies far
 /// above any capability and below what would drive the process out of memory.

@@ -1,11 +1,11 @@
-#include "import/ProviderImport.h"
+#include "DynamicSocInfo/import/ProviderImport.h"
 
 #include <string>
 #include <vector>
 
-#include "capabilities/KeyTable.h"
-#include "import/ProviderCalls.h"
-#include "import/SystemInfoImport.h"
+#include "DynamicSocInfo/capabilities/KeyTable.h"
+#include "DynamicSocInfo/import/ProviderCalls.h"
+#include "DynamicSocInfo/import/SystemInfoImport.h"
 
 namespace {
 

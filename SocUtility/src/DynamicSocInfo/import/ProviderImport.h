@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <span>
 
-#include "capabilities/SocInfo.h"
-#include "provider/ProviderLoader.h"
+#include "DynamicSocInfo/capabilities/SocInfo.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 
 /// How the import of one component went.
 enum ImportStatus : std::int32_t {

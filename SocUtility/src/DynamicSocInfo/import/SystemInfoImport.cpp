@@ -1,13 +1,13 @@
-#include "import/SystemInfoImport.h"
+#include "DynamicSocInfo/import/SystemInfoImport.h"
 
 #include <cstddef>
 #include <new>
 #include <utility>
 
-#include "capabilities/KeyTable.h"
-#include "capabilities/SerializedCapability.h"
-#include "import/ProviderCalls.h"
-#include "import/ProviderImport.h"
+#include "DynamicSocInfo/capabilities/KeyTable.h"
+#include "DynamicSocInfo/capabilities/SerializedCapability.h"
+#include "DynamicSocInfo/import/ProviderCalls.h"
+#include "DynamicSocInfo/import/ProviderImport.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "capabilities/SocInfo.h"
-#include "provider/ProviderLoader.h"
+#include "DynamicSocInfo/capabilities/SocInfo.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 
 /// Replaces the record's DSPs, GPUs and CPU values by the provider's. A key that it does not answer
 /// gets its default. Always true. Throws `std::bad_alloc`, with the record as it was.

@@ -1,4 +1,4 @@
-#include "provider/DriverLocation.h"
+#include "DynamicSocInfo/provider/DriverLocation.h"
 
 #include <cstdlib>
 #include <memory>
@@ -6,7 +6,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "provider/OwnedBlock.h"
+#include "DynamicSocInfo/provider/OwnedBlock.h"
 
 namespace {
 

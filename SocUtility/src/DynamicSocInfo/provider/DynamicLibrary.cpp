@@ -1,4 +1,4 @@
-#include "provider/DynamicLibrary.h"
+#include "DynamicSocInfo/provider/DynamicLibrary.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -7,8 +7,8 @@
 #include <span>
 #include <type_traits>
 
+#include "DynamicSocInfo/provider/OwnedBlock.h"
 #include "platform/WindowsApi.h"
-#include "provider/OwnedBlock.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "provider/ProviderLoader.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 
 #include <algorithm>
 #include <vector>
 
-#include "provider/DriverLocation.h"
-#include "provider/DynamicLibrary.h"
+#include "DynamicSocInfo/provider/DriverLocation.h"
+#include "DynamicSocInfo/provider/DynamicLibrary.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "provider/ProviderLoader.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 
 #include <gmock/gmock.h>
 
@@ -6,9 +6,9 @@
 #include <optional>
 
 #include "AllocationFault.h"
+#include "DynamicSocInfo/provider/DynamicLibrary.h"
 #include "Machine.h"
 #include "OwnProcess.h"
-#include "provider/DynamicLibrary.h"
 
 namespace {
 

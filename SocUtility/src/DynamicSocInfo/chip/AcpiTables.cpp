@@ -1,4 +1,4 @@
-#include "chip/FirmwareTables.h"
+#include "DynamicSocInfo/chip/AcpiTables.h"
 
 #include <algorithm>
 #include <bit>

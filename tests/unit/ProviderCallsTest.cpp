@@ -1,6 +1,6 @@
 // Single calls of a provider: growth, widths, decoding, and what a provider that breaks its
 // promises gets: a failed call with a fixed message, and the destination as it was.
-#include "import/ProviderCalls.h"
+#include "DynamicSocInfo/import/ProviderCalls.h"
 
 #include <gtest/gtest.h>
 

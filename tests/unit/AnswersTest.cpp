@@ -1,6 +1,6 @@
 // The query answers over components, keys and sizes: status, `*size`, the bytes of the buffer, and
 // the diagnostic lines, each of them one write.
-#include "Answers.h"
+#include "DynamicSocInfo/Answers.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "AnswerProbe.h"
-#include "ScalarAnswers.h"
+#include "DynamicSocInfo/ScalarAnswers.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The serialized lists: the exact bytes, and a reader that takes them from another library and so
 // must refuse what is malformed before it touches a target.
-#include "capabilities/SerializedCapability.h"
+#include "DynamicSocInfo/capabilities/SerializedCapability.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Which loaders are taken for a provider.
-#include "ProviderAttempt.h"
+#include "DynamicSocInfo/ProviderAttempt.h"
 
 #include <gtest/gtest.h>
 

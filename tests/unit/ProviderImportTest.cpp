@@ -1,5 +1,5 @@
 // What missing keys mean to the import over a record's values.
-#include "import/ProviderImport.h"
+#include "DynamicSocInfo/import/ProviderImport.h"
 
 #include <gtest/gtest.h>
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "AllocationFault.h"
-#include "Answers.h"
 #include "Bytes.h"
+#include "DynamicSocInfo/Answers.h"
 #include "ZynSystemInfo.h"
 
 struct Answer {

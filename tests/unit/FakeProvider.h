@@ -9,8 +9,8 @@
 
 #include "AllocationFault.h"
 #include "Bytes.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 #include "ZynSystemInfo.h"
-#include "provider/ProviderLoader.h"
 
 using Key = std::pair<std::uint64_t, std::uint64_t>;  ///< Component, key.
 

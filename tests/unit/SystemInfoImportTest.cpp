@@ -1,13 +1,13 @@
 // The import from a system-info provider, which replaces what the record held, and the scratch
 // buffer that its four lists share.
-#include "import/SystemInfoImport.h"
+#include "DynamicSocInfo/import/SystemInfoImport.h"
 
 #include <gtest/gtest.h>
 
 #include "AnswerProbe.h"
+#include "DynamicSocInfo/import/ProviderCalls.h"
+#include "DynamicSocInfo/import/ProviderImport.h"
 #include "FakeProvider.h"
-#include "import/ProviderCalls.h"
-#include "import/ProviderImport.h"
 
 namespace {
 

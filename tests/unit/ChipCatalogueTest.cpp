@@ -1,4 +1,4 @@
-#include "chip/ChipCatalogue.h"
+#include "DynamicSocInfo/chip/ChipCatalogue.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "AnswerProbe.h"
-#include "chip/ChipData.h"
+#include "DynamicSocInfo/chip/ChipData.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "DynamicSocInfo/provider/DynamicLibrary.h"
 #include "platform/WindowsApi.h"
-#include "provider/DynamicLibrary.h"
 
 namespace {
 

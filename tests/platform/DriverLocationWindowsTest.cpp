@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "provider/DriverLocation.h"
+#include "DynamicSocInfo/provider/DriverLocation.h"
 
 namespace {
 

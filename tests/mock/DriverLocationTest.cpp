@@ -1,4 +1,4 @@
-#include "provider/DriverLocation.h"
+#include "DynamicSocInfo/provider/DriverLocation.h"
 
 #include <gmock/gmock.h>
 

@@ -1,13 +1,13 @@
-#include "chip/ChipIdentification.h"
+#include "DynamicSocInfo/chip/ChipIdentification.h"
 
 #include <gmock/gmock.h>
 
 #include <cstring>
 
 #include "AllocationFault.h"
+#include "DynamicSocInfo/chip/ChipData.h"
 #include "Machine.h"
 #include "OwnProcess.h"
-#include "chip/ChipData.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "provider/DynamicLibrary.h"
+#include "DynamicSocInfo/provider/DynamicLibrary.h"
 
 #include <gmock/gmock.h>
 

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "provider/DriverLocation.h"
+#include "DynamicSocInfo/provider/DriverLocation.h"
 
 struct Machine {
   using Symbols = std::map<std::string, std::uintptr_t>;  ///< Addresses, which are only compared.

@@ -1,6 +1,6 @@
 // The walks over table bytes: what they find, and that they never look past the bytes delivered.
 // Every table stands in a heap block of exactly its size, where AddressSanitizer sees the end.
-#include "chip/FirmwareTables.h"
+#include "DynamicSocInfo/chip/AcpiTables.h"
 
 #include <gtest/gtest.h>
 

@@ -6,9 +6,9 @@ import subprocess
 import sys
 import unittest
 
-from import_tests import Import  # noqa: F401
-from lifetime_tests import Lifetime  # noqa: F401
-from loading_tests import Finding, Machines, WithoutProvider  # noqa: F401
+from import_test import Import  # noqa: F401
+from lifetime_test import Lifetime  # noqa: F401
+from loading_test import Finding, Machines, WithoutProvider  # noqa: F401
 from scenario import Settings
 
 
