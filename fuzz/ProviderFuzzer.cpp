@@ -129,7 +129,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FuzzInput input(data, size);
   const auto kind = input.TakeNumber<std::uint8_t>();
   script = &input;
-  ProviderLoader provider{ProviderSearchPlan{2}};
+  ProviderLoader provider;
   provider.getCapability = answer;
   if (kind % 2 != 0) {
     provider.getCapabilitySerialized = answer;

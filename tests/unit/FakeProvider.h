@@ -71,7 +71,7 @@ class FakeProvider {
   /// Binds `Soc_GetCapabilitySerialized` too.
   void BindSerialized() { loader.getCapabilitySerialized = Answer<&FakeProvider::lists>; }
 
-  ProviderLoader loader{ProviderSearchPlan{2}};
+  ProviderLoader loader;
   std::map<Key, Behaviour> scalars;  ///< Of `Soc_GetCapability`.
   std::map<Key, Behaviour> lists;    ///< Of `Soc_GetCapabilitySerialized`.
 

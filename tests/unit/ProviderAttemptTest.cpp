@@ -13,7 +13,7 @@ TEST(ProviderAttempt, AcceptsEitherKindWithAllItsPieces) {
                                  "rzsocserviceutils.dll", "/lib/ZynSystemInfo.dll"}) {
     for (unsigned pieces = 0; pieces < 16; ++pieces) {
       int module = 0;
-      ProviderLoader loader(ProviderSearchPlan{2});
+      ProviderLoader loader;
       loader.libraryName = name;
       loader.handle = (pieces & 1) != 0 ? &module : nullptr;
       loader.getApiVersion = (pieces & 2) != 0 ? version : nullptr;

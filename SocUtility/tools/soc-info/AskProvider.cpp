@@ -98,7 +98,7 @@ std::string failureMessage(std::uint32_t key) {
   if (recording.thrown) {
     return "it threw a std::runtime_error, " + Quoted(*recording.thrown);
   }
-  ProviderLoader repeat{ProviderSearchPlan{2}};
+  ProviderLoader repeat;
   repeat.getCapability = &repeatRecorded;
   try {
     visitField<Record>(
@@ -165,7 +165,7 @@ void AskProvider(const std::string& file) {
   std::FILE* const parent = OpenStreamToParent();
   const std::filesystem::path path(file);
   {
-    ProviderLoader provider{ProviderSearchPlan{2}};
+    ProviderLoader provider;
     tell(parent, {{"step", "load"}});
     if (!provider.Load(path.parent_path().string(), path.filename().string())) {
       const std::string code = std::to_string(GetLastError());

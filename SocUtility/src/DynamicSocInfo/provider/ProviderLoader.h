@@ -32,6 +32,8 @@ class ProviderLoader {
                                           std::uint64_t* size);
   using GetCapabilitySerialized = GetCapability;
 
+  /// Loads nothing.
+  ProviderLoader() = default;
   /// Loads the plan's first candidate that the platform can load, and binds its exports.
   explicit ProviderLoader(ProviderSearchPlan plan);
   ~ProviderLoader();
@@ -49,7 +51,6 @@ class ProviderLoader {
   GetCapabilitySerialized getCapabilitySerialized = nullptr;  ///< Only of a system-info provider.
 
  private:
-  ProviderLoader() = default;
   void Bind();
 };
 
