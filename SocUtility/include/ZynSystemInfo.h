@@ -37,16 +37,31 @@ extern "C" {
 
 /// Status codes, the result of every function.
 enum {
-  SUCCESS = 0,                ///< The answer was written.
-  UNSUPPORTED_COMPONENT = 2,  ///< The component is none of `DSP`, `GPU` and `CPU`.
-  UNSUPPORTED_KEY = 3,        ///< The key is no capability of the component in this function.
-  INSUFFICIENT_SIZE = 4,      ///< The buffer is too small; `*size` holds the bytes required.
-  NULL_BUFFER = 7,            ///< `buffer` is null.
-  FAILURE = 25                ///< The answer could not be produced.
+  SOC_SUCCESS = 0,                ///< The answer was written.
+  SOC_UNSUPPORTED_COMPONENT = 2,  ///< The component is none of `DSP`, `GPU` and `CPU`.
+  SOC_UNSUPPORTED_KEY = 3,        ///< The key is no capability of the component in this function.
+  SOC_INSUFFICIENT_SIZE = 4,      ///< The buffer is too small; `*size` holds the bytes required.
+  SOC_NULL_BUFFER = 7,            ///< `buffer` is null.
+  SOC_FAILURE = 25                ///< The answer could not be produced.
 };
 
 /// Components.
-enum { DSP = 2, GPU = 3, CPU = 5 };
+enum { SOC_DSP = 2, SOC_GPU = 3, SOC_CPU = 5 };
+
+#ifndef ZYN_NO_SHORT_NAMES
+/// The same values under short names, which the texts use. Other headers use such names too: define
+/// `ZYN_NO_SHORT_NAMES` before this header is included, and it declares only names that begin with
+/// `Soc_`, `SOC_` or `ZYN_`.
+enum {
+  SUCCESS = SOC_SUCCESS,
+  UNSUPPORTED_COMPONENT = SOC_UNSUPPORTED_COMPONENT,
+  UNSUPPORTED_KEY = SOC_UNSUPPORTED_KEY,
+  INSUFFICIENT_SIZE = SOC_INSUFFICIENT_SIZE,
+  NULL_BUFFER = SOC_NULL_BUFFER,
+  FAILURE = SOC_FAILURE
+};
+enum { DSP = SOC_DSP, GPU = SOC_GPU, CPU = SOC_CPU };
+#endif
 
 /// The version of this interface: writes 0 to `*major` and 1 to `*minor`. Returns `SUCCESS`.
 SOC_API uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) SOC_NOEXCEPT;
@@ -87,6 +102,14 @@ SOC_API uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffe
 ///         the list exceeds 31 bytes (`*size` becomes 2^64 - 1) or the system ran out of memory.
 SOC_API uint32_t Soc_GetCapabilitySerialized(uint64_t component, uint64_t key, void* buffer,
                                              uint64_t* size) SOC_NOEXCEPT;
+
+/// The types of the three functions, for `GetProcAddress` and `dlsym`. They promise no `noexcept`,
+/// which a type cannot say in C and in C++ before C++17.
+typedef uint32_t Soc_GetAPIVersionFn(uint8_t* major, uint8_t* minor);
+typedef uint32_t Soc_GetCapabilityFn(uint64_t component, uint64_t key, void* buffer,
+                                     uint64_t* size);
+typedef uint32_t Soc_GetCapabilitySerializedFn(uint64_t component, uint64_t key, void* buffer,
+                                               uint64_t* size);
 
 #ifdef __cplusplus
 }

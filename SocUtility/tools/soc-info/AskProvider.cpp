@@ -36,7 +36,7 @@ void tell(std::FILE* parent, const Json& object) {
 /// What the provider was called for one key: how often, and the latest call. The function pointer
 /// that calls it carries no state, so this is global.
 struct Recording {
-  ProviderLoader::GetCapability provider = nullptr;
+  Soc_GetCapabilityFn* provider = nullptr;
   std::uint64_t calls = 0;
   std::uint32_t status = 0;
   std::uint64_t offered = 0;   ///< The buffer's size in bytes.

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "ZynSystemInfo.h"
+
 /// The service-utilities provider answers scalar and counted-vector queries.
 inline constexpr std::string_view SERVICE_UTILS_LIBRARY = "RzSoCServiceUtils.dll";
 /// The system-info provider has this library's own three exports.
@@ -26,12 +28,6 @@ enum ProviderSearchPlan : std::uint32_t {
 /// `std::bad_alloc`, and has then unloaded what it loaded.
 class ProviderLoader {
  public:
-  /// The exports of a provider; see `ZynSystemInfo.h`. A provider may break any promise made there.
-  using GetApiVersion = std::uint32_t (*)(std::uint8_t* major, std::uint8_t* minor);
-  using GetCapability = std::uint32_t (*)(std::uint64_t component, std::uint64_t key, void* buffer,
-                                          std::uint64_t* size);
-  using GetCapabilitySerialized = GetCapability;
-
   /// Loads nothing.
   ProviderLoader() = default;
   /// Loads the plan's first candidate that the platform can load, and binds its exports.
@@ -46,9 +42,11 @@ class ProviderLoader {
 
   void* handle = nullptr;   ///< The module, owned; null when no candidate loaded.
   std::string libraryName;  ///< The candidate's file name, without directory.
-  GetApiVersion getApiVersion = nullptr;
-  GetCapability getCapability = nullptr;                      ///< Only with `getApiVersion`.
-  GetCapabilitySerialized getCapabilitySerialized = nullptr;  ///< Only of a system-info provider.
+  /// The provider's exports, which may break any promise made in the public header.
+  Soc_GetAPIVersionFn* getApiVersion = nullptr;
+  Soc_GetCapabilityFn* getCapability = nullptr;  ///< Only with `getApiVersion`.
+  /// Only of a system-info provider.
+  Soc_GetCapabilitySerializedFn* getCapabilitySerialized = nullptr;
 
  private:
   void Bind();
