@@ -47,7 +47,7 @@ class Programs:
             (folder / name).mkdir()
         self.alone = shutil.copy(library, folder / "alone")
         self.beside = shutil.copy(library, folder / "beside")
-        shutil.copy(build / "examples/provider/bin" / PROVIDER, folder / "beside")
+        shutil.copy(build / "examples/provider" / PROVIDER, folder / "beside")
         subprocess.run(["strip", self.alone], check=True)
 
 

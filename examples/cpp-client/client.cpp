@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <exception>
 #include <iostream>
 #include <stdexcept>
 #include <string>
@@ -10,21 +11,25 @@
 
 namespace {
 
-/// A query that did not end in `SUCCESS`.
-class QueryError : public std::runtime_error {
- public:
-  explicit QueryError(std::uint32_t code)
-      : std::runtime_error("status " + std::to_string(code)), status(code) {}
-
-  std::uint32_t status;
-};
+/// A query that ended in another status than `SUCCESS`.
+std::runtime_error queryError(std::uint32_t status) {
+  return std::runtime_error("status " + std::to_string(status));
+}
 
 /// An integer or flag; cast it to `std::int64_t` where the key's type is signed.
 std::uint64_t number(std::uint64_t component, std::uint64_t key) {
   std::uint64_t value = 0;
   std::uint64_t size = sizeof value;
   const std::uint32_t status = Soc_GetCapability(component, key, &value, &size);
-  return status == SUCCESS ? value : throw QueryError(status);
+  return status == SUCCESS ? value : throw queryError(status);
+}
+
+/// Asks twice: the first query is answered from default values even when the chip is unknown.
+bool chipIsKnown() {
+  std::uint64_t value = 0;
+  std::uint64_t size = sizeof value;
+  Soc_GetCapability(CPU, 1, &value, &size);
+  return Soc_GetCapability(CPU, 1, &value, &size) == SUCCESS;
 }
 
 std::string gpuName() {
@@ -36,7 +41,7 @@ std::string gpuName() {
       return buffer.data();
     }
     if (status != INSUFFICIENT_SIZE) {
-      throw QueryError(status);
+      throw queryError(status);
     }
     buffer.resize(size);  // a longer name: ask again with what it needs
   }
@@ -56,7 +61,7 @@ std::vector<Entry> list(std::uint64_t key) {
     std::uint64_t size = entries.size() * sizeof(Entry);
     const std::uint32_t status = Soc_GetCapabilitySerialized(DSP, key, entries.data(), &size);
     if (status != SUCCESS && status != INSUFFICIENT_SIZE) {
-      throw QueryError(status);
+      throw queryError(status);
     }
     entries.resize(size / sizeof(Entry));
     if (status == SUCCESS) {
@@ -72,17 +77,17 @@ int main() try {
   std::uint8_t minor = 0;
   Soc_GetAPIVersion(&major, &minor);
   std::cout << "package " << PACKAGE_VERSION << ", interface " << +major << '.' << +minor << '\n';
+  if (!chipIsKnown()) {
+    std::cerr << "unknown chip: no provider library describes it\n";
+    return 1;
+  }
   std::cout << "GPU 4: " << gpuName() << '\n';
   for (const NamedValue& entry : list<NamedValue>(48)) {
     std::cout << "DSP 48: " << entry.name.data() << " = " << entry.value << '\n';
   }
   const std::uint64_t cpu2 = number(CPU, 2);
   std::cout << "CPU 2: " << cpu2 << '\n';
-} catch (const QueryError& error) {
-  std::cerr << error.what();
-  if (error.status == FAILURE) {
-    std::cerr << ": the chip is unknown and no provider library describes it";
-  }
-  std::cerr << '\n';
+} catch (const std::exception& error) {
+  std::cerr << error.what() << '\n';
   return 1;
 }

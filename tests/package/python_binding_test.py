@@ -3,6 +3,7 @@
 import os
 import pathlib
 import shutil
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -10,6 +11,10 @@ import unittest
 sys.path.insert(0, os.environ["BINDING"])
 import zyn_system_info as soc  # noqa: E402
 from zyn_system_info import Component  # noqa: E402
+
+
+# The packages that installing needs may be those of another Python than the one that runs this.
+PYTHON_WITH_PIP = "/usr/bin/python3"
 
 
 class PythonBindingTest(unittest.TestCase):
@@ -49,11 +54,40 @@ class PythonBindingTest(unittest.TestCase):
         ]:
             with self.subTest(component=component, key=key):
                 self.assertRaises(error, query, component, key)
+
+    def test_unknown_chip_has_no_values(self):
         unknown = self.load(with_provider=False)
-        unknown.get(Component.CPU, 1)
         with self.assertRaises(soc.Failure) as failure:
             unknown.get(Component.CPU, 1)
         self.assertEqual(failure.exception.status, 25)
+
+    def test_missing_library_is_named(self):
+        for path in ("/nowhere/libZynSystemInfo.so", __file__):
+            with self.subTest(path):
+                self.assertRaisesRegex(soc.LibraryError, path, soc.SystemInfo, path)
+
+    def test_installed_package_is_a_command(self):
+        library = self.load(with_provider=True)._library._name
+        alone = self.load(with_provider=False)._library._name
+        with tempfile.TemporaryDirectory() as folder:
+            # A build leaves files beside the sources.
+            source = shutil.copytree(os.environ["BINDING"], folder + "/source")
+            subprocess.run([PYTHON_WITH_PIP, "-m", "pip", "install", "--quiet", "--no-deps",
+                            "--no-index", "--no-build-isolation", "--target", folder, source],
+                           check=True, capture_output=True, timeout=240)
+            self.assertTrue(pathlib.Path(folder, "zyn_system_info", "py.typed").exists())
+            for arguments, status, output in [
+                ([library], 0, "GPU 4: Turnstone 860\nDSP 3: 68\n"),
+                ([alone], 1, ""),
+                ([], 2, ""),
+            ]:
+                with self.subTest(arguments):
+                    result = subprocess.run(
+                        [sys.executable, "-m", "zyn_system_info", *arguments], text=True,
+                        capture_output=True, cwd=folder, timeout=60)
+                    self.assertEqual((result.returncode, result.stdout[:len(output)]),
+                                     (status, output))
+                    self.assertEqual("unknown chip" in result.stderr, status == 1)
 
     def test_answer_that_outgrows_the_buffer_is_asked_again(self):
         name = b"n" * 99 + b"\0"

@@ -5,8 +5,9 @@
     info.get(Component.DSP, 3)      # 73
     info.get_list(Component.DSP, 16)  # [Value(dsp=0, value=6)]
 
-A query that is refused raises the class that is named after its status, a SocError. This file needs
-nothing but Python 3.8 and the library, ZynSystemInfo.dll or libZynSystemInfo.so.
+A query that is refused raises the class that is named after its status, a SocError. For an
+unknown chip every get() raises Failure. This package needs Python 3.8 and the library,
+ZynSystemInfo.dll or libZynSystemInfo.so.
 """
 
 import ctypes
@@ -14,7 +15,7 @@ import enum
 import os
 import struct
 import sys
-from typing import List, NamedTuple, Optional, Tuple, Union
+from typing import Any, Callable, Dict, List, NamedTuple, Optional, Tuple, Union
 
 
 class Component(enum.IntEnum):
@@ -56,12 +57,18 @@ class NullBuffer(SocError):
 
 
 class Failure(SocError):
-    """The answer could not be produced: for get() most often an unknown chip without a provider."""
+    """From get(): the chip is unknown and no provider library describes it. Rarely, from get() and
+    get_list(): the answer could not be produced, for instance because memory ran out.
+    """
 
     status = 25
 
 
 _ERRORS = {error.status: error for error in SocError.__subclasses__()}
+
+
+class LibraryError(OSError):
+    """The library is missing or cannot be loaded."""
 
 
 class Value(NamedTuple):
@@ -88,7 +95,8 @@ class NamedValue(NamedTuple):
 
 Entry = Union[Value, Name, NamedValue]
 
-_LAYOUTS = {16: (Value, "<II"), 46: (Value, "<II"), 47: (Name, "<I32s"), 48: (NamedValue, "<II32s")}
+_LAYOUTS: Dict[int, Tuple[Callable[..., Entry], str]] = {
+    16: (Value, "<II"), 46: (Value, "<II"), 47: (Name, "<I32s"), 48: (NamedValue, "<II32s")}
 _FLOATS = {(Component.DSP, 43), (Component.DSP, 44)}
 _NAME = (Component.GPU, 4)
 _SIGNED = {(Component.DSP, key) for key in (1, 2, 3, 41, 45)} | {
@@ -103,7 +111,8 @@ def parse_list(key: int, data: bytes) -> List[Entry]:
     entry_type, layout = _LAYOUTS[key]
     if len(data) % struct.calcsize(layout):
         raise ValueError(f"{len(data)} bytes are no whole entries of list {key}")
-    return [entry_type(*map(_text_or_number, fields)) for fields in struct.iter_unpack(layout, data)]
+    return [entry_type(*map(_text_or_number, fields))
+            for fields in struct.iter_unpack(layout, data)]
 
 
 def _text_or_number(field: Union[int, bytes]) -> Union[int, str]:
@@ -119,11 +128,17 @@ class SystemInfo:
     """A loaded library. May be shared by threads; a query releases the interpreter's lock."""
 
     def __init__(self, library: Optional[str] = None) -> None:
-        """Loads `library`, a path; without one, the library beside this file or, where there is
-        none, the one that the system's own search finds. Raises OSError.
+        """Loads `library`, a path; without one, the library in this package's folder or, where
+        there is none, the one that the system's own search finds. Raises LibraryError.
         """
-        # With a bare name Windows would search the program's directory and not this file's.
-        self._library = ctypes.CDLL(library or _default_library())
+        path = library or _default_library()
+        try:
+            self._library = ctypes.CDLL(path)
+        except OSError as error:
+            raise LibraryError(
+                f"{path} cannot be loaded ({error}). Pass the library's path to SystemInfo, or put "
+                f"the library into {_FOLDER}.") from error
+        self._first_query_was_made = False
         byte = ctypes.POINTER(ctypes.c_uint8)
         self._library.Soc_GetAPIVersion.argtypes = [byte, byte]
         for query in (self._library.Soc_GetCapability, self._library.Soc_GetCapabilitySerialized):
@@ -141,11 +156,17 @@ class SystemInfo:
         """A scalar capability: DSP keys 43 and 44 are float, GPU key 4 is str, all others are int
         (0 or 1 for a flag). Raises UnsupportedComponent, UnsupportedKey or Failure.
         """
+        if not self._first_query_was_made:
+            # It answers a default value even for an unknown chip, later ones only real values.
+            size = ctypes.c_uint64(8)
+            self._library.Soc_GetCapability(Component.CPU, 1, ctypes.create_string_buffer(8),
+                                            ctypes.byref(size))
+            self._first_query_was_made = True
         answer = self._ask(self._library.Soc_GetCapability, component, key, 64)
         if (component, key) == _NAME:
             return answer.partition(b"\0")[0].decode("utf-8", "replace")
         if (component, key) in _FLOATS:
-            return struct.unpack_from("<f", answer)[0]
+            return float(struct.unpack_from("<f", answer)[0])
         return int.from_bytes(answer[:8], "little", signed=(component, key) in _SIGNED)
 
     def get_list(self, component: int, key: int) -> List[Entry]:
@@ -158,7 +179,7 @@ class SystemInfo:
         return parse_list(key, answer)
 
     @staticmethod
-    def _ask(query, component: int, key: int, capacity: int) -> bytes:
+    def _ask(query: Any, component: int, key: int, capacity: int) -> bytes:
         """The first `*size` bytes at the buffer after a successful query."""
         while True:
             buffer = ctypes.create_string_buffer(capacity)
@@ -173,7 +194,11 @@ class SystemInfo:
             capacity = size.value
 
 
+_FOLDER = os.path.dirname(os.path.abspath(__file__))
+
+
 def _default_library() -> str:
+    # With a bare name Windows would search the program's folder and not this one.
     name = "ZynSystemInfo.dll" if sys.platform == "win32" else "libZynSystemInfo.so"
-    beside = os.path.join(os.path.dirname(os.path.abspath(__file__)), name)
+    beside = os.path.join(_FOLDER, name)
     return beside if os.path.exists(beside) else name
