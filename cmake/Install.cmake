@@ -33,7 +33,7 @@ if(ZYN_BUILD_TOOLS)
 endif()
 
 # Laid out as in the source tree, so that the links in the texts hold.
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
 install(DIRECTORY examples/c-client examples/cpp-client examples/python examples/provider
   examples/machines

@@ -4,6 +4,7 @@ The example provider stands beside the library, since the chip of a development 
 """
 
 import argparse
+import os
 import pathlib
 import re
 import shutil
@@ -114,6 +115,16 @@ class PackageTest(unittest.TestCase):
                 "-fPIC", folder / "RzSoCServiceUtils.c", "-o", as_cpp)
             run(*check, as_cpp)
 
+    def test_program_of_the_last_release_gets_what_it_was_promised(self):
+        folder = options.work / "last-release"
+        folder.mkdir()
+        library = "ZynSystemInfo.dll" if built_for_windows() else "libZynSystemInfo.so"
+        for file in (options.last_release, options.provider, self.file(library)):
+            shutil.copy(file, folder)
+        program = folder / options.last_release.name
+        run(*options.launcher.split(), program,
+            env={**os.environ, "LD_LIBRARY_PATH": str(folder)})
+
     def test_all_tell_one_version(self):
         description = self.file("ZynSystemInfo.pc").read_text()
         changes = self.file("CHANGELOG.md").read_text()
@@ -143,7 +154,7 @@ class PackageTest(unittest.TestCase):
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__)
-    for name in ("source", "build", "work", "provider"):
+    for name in ("source", "build", "work", "provider", "last-release"):
         parser.add_argument(f"--{name}", type=pathlib.Path, required=True)
     for name in ("version", "c-compiler", "cxx-compiler", "toolchain", "launcher"):
         parser.add_argument(f"--{name}", required=True)
