@@ -7,15 +7,15 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ZynSystemInfo)
-target_sources(ZynSystemInfo INTERFACE
-  FILE_SET HEADERS BASE_DIRS SocUtility/include FILES SocUtility/include/ZynSystemInfo.h)
-install(TARGETS ZynSystemInfo EXPORT ZynSystemInfoTargets FILE_SET HEADERS)
+# A file set would need CMake 3.23 at the user's.
+target_include_directories(ZynSystemInfo INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+install(FILES SocUtility/include/ZynSystemInfo.h TYPE INCLUDE)
+install(TARGETS ZynSystemInfo EXPORT ZynSystemInfoTargets)
 install(EXPORT ZynSystemInfoTargets
   NAMESPACE ZynSystemInfo::
   FILE ZynSystemInfoConfig.cmake
   DESTINATION ${package_dir})
 
-# Before 1.0 every minor version may break its users.
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZynSystemInfoConfigVersion.cmake
   COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/ZynSystemInfoConfigVersion.cmake DESTINATION ${package_dir})
@@ -32,13 +32,19 @@ if(ZYN_BUILD_TOOLS)
   install(TARGETS soc-info)
 endif()
 
-# Laid out as in the source tree, so that the links in the texts hold.
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
+# Laid out as in the source tree, so that the links in the texts hold. Left out is what only helps
+# those who build the library.
+install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.json"
+  REGEX "(architecture|performance|releasing|windows).md$" EXCLUDE)
 install(DIRECTORY examples/c-client examples/cpp-client examples/python examples/provider
   examples/machines
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
   PATTERN "__pycache__" EXCLUDE
+  PATTERN "*.asl" EXCLUDE
+  PATTERN "*.inc" EXCLUDE
+  PATTERN "rebuild" EXCLUDE
   REGEX "c-client/CMakeLists.txt$" EXCLUDE) # a part of this build
 
 string(TOLOWER "${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}" platform)

@@ -12,6 +12,9 @@ import subprocess
 import sys
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).parents[2] / "scripts" / "lib"))
+from check_docs import broken_links  # noqa: E402
+
 options = None
 
 
@@ -118,7 +121,7 @@ class PackageTest(unittest.TestCase):
     def test_program_of_the_last_release_gets_what_it_was_promised(self):
         folder = options.work / "last-release"
         folder.mkdir()
-        library = "ZynSystemInfo.dll" if built_for_windows() else "libZynSystemInfo.so"
+        library = "ZynSystemInfo.dll" if built_for_windows() else "libZynSystemInfo.so.0.1"
         for file in (options.last_release, options.provider, self.file(library)):
             shutil.copy(file, folder)
         program = folder / options.last_release.name
@@ -140,6 +143,15 @@ class PackageTest(unittest.TestCase):
             if path.suffix in {".cmake", ".pc", ".h"}:
                 for directory in (options.source, options.build, options.work):
                     self.assertNotIn(str(directory), path.read_text(), path)
+
+    def test_cmake_package_names_the_header_for_every_cmake(self):
+        text = self.file("ZynSystemInfoConfig.cmake").read_text()
+        self.assertIn('INTERFACE_INCLUDE_DIRECTORIES "${_IMPORT_PREFIX}/include"', text)
+
+    def test_links_of_the_texts_lead_somewhere(self):
+        texts = [path for path in self.files if path.suffix == ".md"]
+        self.assertNotEqual(texts, [])
+        self.assertEqual([fault for path in texts for fault in broken_links(path)], [])
 
     def test_archive_holds_what_is_installed(self):
         folder = options.work / "archive"

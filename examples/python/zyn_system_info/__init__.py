@@ -7,7 +7,7 @@
 
 A query that is refused raises the class that is named after its status, a SocError. For an
 unknown chip every get() raises Failure. This package needs Python 3.8 and the library,
-ZynSystemInfo.dll or libZynSystemInfo.so.
+ZynSystemInfo.dll or libZynSystemInfo.so.0.1.
 """
 
 import ctypes
@@ -199,6 +199,6 @@ _FOLDER = os.path.dirname(os.path.abspath(__file__))
 
 def _default_library() -> str:
     # With a bare name Windows would search the program's folder and not this one.
-    name = "ZynSystemInfo.dll" if sys.platform == "win32" else "libZynSystemInfo.so"
+    name = "ZynSystemInfo.dll" if sys.platform == "win32" else "libZynSystemInfo.so.0.1"
     beside = os.path.join(_FOLDER, name)
     return beside if os.path.exists(beside) else name
