@@ -1,111 +1,99 @@
+// Modules as the dynamic linker keeps them. A module's handle is the address of its link map, which
+// is also the handle that `dlopen` returns.
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
+#include <link.h>
 #include <unistd.h>
 
 #include <cstring>
+#include <memory>
 
-#include "platform/linux/Modules.h"
+#include "platform/WindowsApi.h"
 
 namespace {
 
-/// Why `dlopen` refused a name: there is a file that is no library, or the library or one that it
-/// needs was not found.
-DWORD loadError(LPCSTR name) {
-  if (std::strchr(name, '/') == nullptr) {
-    return ERROR_MOD_NOT_FOUND;
-  }
-  const int file = open(name, O_RDONLY | O_CLOEXEC);
-  if (file < 0) {
-    return ERROR_MOD_NOT_FOUND;
-  }
-  char magic[SELFMAG] = {};
-  const ssize_t count = read(file, magic, SELFMAG);
-  close(file);
-  const bool isElf = count == SELFMAG && std::memcmp(magic, ELFMAG, SELFMAG) == 0;
-  return isElf ? ERROR_MOD_NOT_FOUND : ERROR_BAD_EXE_FORMAT;
-}
+struct CloseModule {
+  void operator()(void* module) const { dlclose(module); }
+};
 
-/// The module that contains the address, or null. The handle is not yet checked.
-HMODULE moduleAt(const void* address) {
+/// One reference of the dynamic linker's count.
+using ModuleReference = std::unique_ptr<void, CloseModule>;
+
+/// The module that contains the address, or null.
+link_map* moduleAt(const void* address) {
   Dl_info info;
   void* module = nullptr;
-  return dladdr1(address, &info, &module, RTLD_DL_LINKMAP) == 0
-             ? nullptr
-             : handleOf(static_cast<link_map*>(module));
+  dladdr1(address, &info, &module, RTLD_DL_LINKMAP);
+  return static_cast<link_map*>(module);
+}
+
+/// Whether there is a file of this name that is no ELF image.
+bool isOtherFile(const char* name) {
+  char magic[SELFMAG] = {};
+  const int file = open(name, O_RDONLY | O_CLOEXEC);
+  if (file < 0) {
+    return false;
+  }
+  const bool isElf =
+      read(file, magic, SELFMAG) == SELFMAG && std::memcmp(magic, ELFMAG, SELFMAG) == 0;
+  close(file);
+  return !isElf;
 }
 
 }  // namespace
 
-HMODULE LoadLibraryExA(LPCSTR name, HANDLE file, DWORD flags) {
-  const bool flagsKnown = (flags & ~LOAD_WITH_ALTERED_SEARCH_PATH) == 0;
-  if (name == nullptr || *name == '\0' || file != nullptr || !flagsKnown) {
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return nullptr;
+HMODULE LoadLibraryExA(LPCSTR name, HANDLE, DWORD) {
+  void* const module = dlopen(name, RTLD_NOW | RTLD_LOCAL);
+  if (module == nullptr) {
+    SetLastError(isOtherFile(name) ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND);
   }
-  ModuleReference module = referToName(name, RTLD_NOW | RTLD_LOCAL);
-  if (!module) {
-    SetLastError(loadError(name));
-  }
-  return handleOf(module.release());
-}
-
-BOOL FreeLibrary(HMODULE module) {
-  // Checked first, since `dlclose` follows whatever pointer it is given. It fails for a module that
-  // only others hold, such as a library that the program is linked with.
-  if (!isModule(module) || dlclose(linkMapOf(module)) != 0) {
-    SetLastError(module == nullptr ? ERROR_INVALID_HANDLE : ERROR_MOD_NOT_FOUND);
-    return FALSE;
-  }
-  return TRUE;
-}
-
-FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
-  const HMODULE asked = module == nullptr ? programModule() : module;
-  // The reference is more than a check: the search list that `dlsym` follows exists only for
-  // modules that were once opened, not for those that came in as another's dependency.
-  const ModuleReference reference = referToModule(asked);
-  if (!reference) {
-    SetLastError(ERROR_MOD_NOT_FOUND);
-    return nullptr;
-  }
-  void* const symbol = name == nullptr ? nullptr : dlsym(reference.get(), name);
-  // `dlsym` goes on into the module's dependencies.
-  if (symbol == nullptr || moduleAt(symbol) != asked) {
-    SetLastError(ERROR_PROC_NOT_FOUND);
-    return nullptr;
-  }
-  return reinterpret_cast<FARPROC>(symbol);
+  return static_cast<HMODULE>(module);
 }
 
 HMODULE GetModuleHandleA(LPCSTR name) {
-  HMODULE module = nullptr;
-  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, name, &module);
-  return module;
+  void* const module = dlopen(name, RTLD_LAZY | RTLD_NOLOAD);
+  if (module != nullptr) {
+    dlclose(module);
+  }
+  return static_cast<HMODULE>(module);
 }
 
-BOOL GetModuleHandleExA(DWORD flags, LPCSTR name, HMODULE* module) {
-  constexpr DWORD KNOWN_FLAGS =
-      GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS;
-  if (module == nullptr || (flags & ~KNOWN_FLAGS) != 0) {
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return FALSE;
-  }
-  ModuleReference reference;
-  if (name == nullptr) {
-    reference = referToModule(programModule());
-  } else if ((flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) != 0) {
-    reference = referToModule(moduleAt(name));
-  } else if (*name != '\0') {
-    reference = referToName(name, RTLD_LAZY | RTLD_NOLOAD);
-  }
-  *module = handleOf(reference.get());
-  if (!reference) {
-    SetLastError(ERROR_MOD_NOT_FOUND);
-    return FALSE;
-  }
-  if ((flags & GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT) == 0) {
-    static_cast<void>(reference.release());
-  }
+BOOL FreeLibrary(HMODULE module) { return dlclose(module) == 0 ? TRUE : FALSE; }
+
+FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
+  auto* const asked = module == nullptr ? _r_debug.r_map : reinterpret_cast<link_map*>(module);
+  // `dlsym` takes only modules that were opened once, not those that another one needs.
+  const ModuleReference reference(dlopen(asked->l_name, RTLD_LAZY | RTLD_NOLOAD));
+  void* const symbol = reference ? dlsym(reference.get(), name) : nullptr;
+  // `dlsym` also searches the modules that this one needs.
+  return moduleAt(symbol) == asked ? reinterpret_cast<FARPROC>(symbol) : nullptr;
+}
+
+BOOL GetModuleHandleExA(DWORD, LPCSTR name, HMODULE* module) {
+  *module = reinterpret_cast<HMODULE>(moduleAt(name));
+  return *module != nullptr ? TRUE : FALSE;
+}
+
+HANDLE GetCurrentProcess() { return nullptr; }
+
+BOOL K32EnumProcessModules(HANDLE, HMODULE* modules, DWORD size, LPDWORD needed) {
+  *needed = 0;
+  auto append = [&] {
+    for (link_map* module = _r_debug.r_map; module != nullptr; module = module->l_next) {
+      if (*needed < size) {
+        modules[*needed / sizeof(HMODULE)] = reinterpret_cast<HMODULE>(module);
+      }
+      *needed += sizeof(HMODULE);
+    }
+  };
+  // The list of modules changes only under the lock that is held during the callback. The entry
+  // that the callback gets is not needed.
+  dl_iterate_phdr(
+      [](dl_phdr_info*, std::size_t, void* action) {
+        (*static_cast<decltype(append)*>(action))();
+        return 1;
+      },
+      &append);
   return TRUE;
 }
