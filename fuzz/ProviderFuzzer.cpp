@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "DynamicSocInfo/Answers.h"
+#include "DynamicSocInfo/ListAnswers.h"
 #include "DynamicSocInfo/ScalarAnswers.h"
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
 #include "DynamicSocInfo/import/ProviderCalls.h"
@@ -14,7 +14,6 @@
 namespace {
 
 constexpr std::uint64_t HIGHEST_KEY = 50;
-constexpr std::uint8_t UNWRITTEN = 0xA5;
 constexpr std::uint64_t MOST_TO_HOLD = std::uint64_t{1} << 20;
 
 /// The rest of the input, for the provider's functions.
@@ -79,45 +78,27 @@ bool isRefusal(std::uint32_t status) {
   return status == UNSUPPORTED_COMPONENT || status == UNSUPPORTED_KEY;
 }
 
-/// An answer that was encoded in advance must be the one of the query in full, and what was not
-/// must leave the buffer, of exactly `capacity` bytes, alone.
-void queryEncoded(const ScalarAnswers& answers, const SocInfo& record, std::uint64_t component,
-                  std::uint64_t key, std::uint64_t capacity) {
-  std::vector<std::uint8_t> inFull(capacity, UNWRITTEN);
-  std::vector<std::uint8_t> encoded = inFull;
-  std::uint64_t sizeInFull = capacity;
-  std::uint64_t size = capacity;
-  if (answers.Write(component, key, encoded.data(), &size)) {
-    require(capacity >= MinimumSize(component, key) &&
-            AnswerScalar(record, component, key, inFull.data(), &sizeInFull) == SUCCESS);
-  }
-  require(encoded == inFull && size == sizeInFull);
-}
-
-void queryScalar(const ScalarAnswers& answers, const SocInfo& record, std::uint64_t component,
-                 std::uint64_t key) {
-  std::uint64_t size = MinimumSize(component, key);
+void queryScalar(const ScalarAnswers& answers, std::uint64_t component, std::uint64_t key) {
+  const ScalarForm form = ScalarFormOf(component, key);
+  std::uint64_t size = form.minimumSize;
   std::vector<std::uint8_t> buffer(size);
-  std::uint32_t status = AnswerScalar(record, component, key, buffer.data(), &size);
+  std::uint32_t status = answers.Answer(form, component, key, buffer.data(), &size);
   if (status == INSUFFICIENT_SIZE) {
     require(size > buffer.size());
     buffer = std::vector<std::uint8_t>(size);
-    status = AnswerScalar(record, component, key, buffer.data(), &size);
+    status = answers.Answer(form, component, key, buffer.data(), &size);
     require(status == SUCCESS && size == buffer.size() && buffer.back() == 0);
   }
   require(status == SUCCESS || isRefusal(status));
-  for (const std::uint64_t capacity : {buffer.size() - 1, buffer.size(), buffer.size() + 1}) {
-    queryEncoded(answers, record, component, key, capacity);
-  }
 }
 
 void queryList(const SocInfo& record, std::uint64_t component, std::uint64_t key) {
   std::uint64_t size = 0;
   const std::unique_ptr<std::uint8_t[]> nothing(new std::uint8_t[0]);
-  std::uint32_t status = AnswerSerialized(record, component, key, nothing.get(), &size);
+  std::uint32_t status = AnswerList(record, component, key, nothing.get(), &size);
   if (status == INSUFFICIENT_SIZE) {
     std::vector<std::uint8_t> buffer(size);
-    status = AnswerSerialized(record, component, key, buffer.data(), &size);
+    status = AnswerList(record, component, key, buffer.data(), &size);
     require(status == SUCCESS && size == buffer.size());
   }
   require(status == SUCCESS || isRefusal(status));
@@ -141,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const ScalarAnswers answers(record);
   for (std::uint64_t component = DSP; component <= CPU; ++component) {
     for (std::uint64_t key = 0; key <= HIGHEST_KEY; ++key) {
-      queryScalar(answers, record, component, key);
+      queryScalar(answers, component, key);
       queryList(record, component, key);
     }
   }

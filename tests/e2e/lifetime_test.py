@@ -6,11 +6,16 @@ from scenario import Settings, run
 
 
 class Lifetime(Tests):
-    def test_a_provider_that_asks_back_is_refused(self):
-        product = Settings.product()
-        outcome = run([SCALAR, LIST], "Scripted", [f"2 1 call 0 0 {product}"])
-        self.assert_results(outcome, SCALAR_IMPORTED, LIST_IMPORTED)
-        self.assertEqual(["call 25 25"] * 2, [line for line in outcome.log if "call" in line])
+    def test_a_provider_that_asks_back_gets_what_needs_no_attempt(self):
+        """The first attempt refuses both queries; the second refuses its own query only."""
+        rows = {"scalar first": ([SCALAR, LIST], [SCALAR_IMPORTED, LIST_IMPORTED], "call 0 25"),
+                "list first": ([LIST, SCALAR], [LIST_IMPORTED, SCALAR_IMPORTED], "call 25 0")}
+        for name, (queries, results, second) in rows.items():
+            with self.subTest(name):
+                outcome = run(queries, "Scripted", [f"2 1 call 0 0 {Settings.product()}"])
+                self.assert_results(outcome, *results)
+                self.assertEqual(["call 25 25", second],
+                                 [line for line in outcome.log if "call" in line])
 
     def test_a_provider_that_throws_fails_the_call_or_the_key(self):
         if Settings.is_windows() and not Settings.is_windows_x64():

@@ -61,6 +61,8 @@ HMODULE handleOf(Machine::Module* module) { return reinterpret_cast<HMODULE>(mod
 
 DWORD GetLastError() { return machine().lastError; }
 void SetLastError(DWORD code) { machine().lastError = code; }
+DWORD GetCurrentThreadId() { return 1; }
+
 HANDLE GetCurrentProcess() { return nullptr; }
 
 UINT GetSystemFirmwareTable(DWORD provider, DWORD tableId, PVOID buffer, DWORD bufferSize) {

@@ -10,7 +10,8 @@
 
 #include "AllocationFault.h"
 #include "Bytes.h"
-#include "DynamicSocInfo/Answers.h"
+#include "DynamicSocInfo/ListAnswers.h"
+#include "DynamicSocInfo/ScalarAnswers.h"
 #include "ZynSystemInfo.h"
 
 struct Answer {
@@ -21,6 +22,12 @@ struct Answer {
   std::size_t allocations = 0;           ///< Blocks taken from the heap.
 };
 
+/// The scalar query of a record, after the argument checks.
+inline std::uint32_t AnswerScalar(const SocInfo& record, std::uint64_t component, std::uint64_t key,
+                                  void* buffer, std::uint64_t* size) {
+  return ScalarAnswers(record).Answer(ScalarFormOf(component, key), component, key, buffer, size);
+}
+
 using Query = std::uint32_t (*)(const SocInfo&, std::uint64_t, std::uint64_t, void*,
                                 std::uint64_t*);
 
@@ -30,7 +37,7 @@ inline constexpr std::size_t BUFFER_SIZE = 128;
 /// The buffer of an answer that wrote `bytes` and nothing more.
 inline Bytes bufferWith(const Bytes& bytes) { return padded(bytes, BUFFER_SIZE, 0xA5); }
 
-/// `query` is `AnswerScalar` or `AnswerSerialized`; `size` is what it is told of the buffer.
+/// `query` is `AnswerScalar` or `AnswerList`; `size` is what it is told of the buffer.
 inline Answer ask(Query query, const SocInfo& record, std::uint64_t component, std::uint64_t key,
                   std::uint64_t size = BUFFER_SIZE) {
   Answer answer{.size = size, .buffer = bufferWith({})};

@@ -1,7 +1,5 @@
 // The query answers over components, keys and sizes: status, `*size`, the bytes of the buffer, and
 // the diagnostic lines, each of them one write.
-#include "DynamicSocInfo/Answers.h"
-
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -9,7 +7,6 @@
 #include <string_view>
 
 #include "AnswerProbe.h"
-#include "DynamicSocInfo/ScalarAnswers.h"
 
 namespace {
 
@@ -55,7 +52,7 @@ void expectLine(Query query, std::uint64_t component, std::uint64_t key, Line li
   if (line == ANSWERED) {
     EXPECT_EQ(answer.status, SUCCESS);
     EXPECT_EQ(answer.writes, std::vector<std::string>{});
-    EXPECT_LE(answer.allocations, query == AnswerScalar ? 0U : 1U);
+    EXPECT_EQ(answer.allocations, 0U);
     return;
   }
   std::string expected(line);
@@ -99,23 +96,12 @@ TEST(Answers, OfEveryKeyAndOnePastEachEnd) {
     for (std::uint64_t key = row.firstKey; key <= row.lastKey; ++key, ++number) {
       SCOPED_TRACE(testing::Message() << "component " << row.component << " key " << key);
       expectLine(AnswerScalar, row.component, key, row.scalarLine, number);
-      expectLine(AnswerSerialized, row.component, key, row.serializedLine, number);
+      expectLine(AnswerList, row.component, key, row.serializedLine, number);
     }
   }
 }
 
-TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
-  DspInfo dsp;
-  dsp.cap1 = -1;
-  dsp.cap15 = 0xFFFFFFFF;
-  dsp.cap43 = 1.5F;
-  const SocInfo record = recordOf(dsp, GpuInfo(-2), {.cap1 = -3, .cap2 = 1});
-  const ScalarAnswers answers(record);
-  Bytes buffer = bufferWith({});
-  // A list query that failed leaves the largest size of all behind for the next query to be given.
-  std::uint64_t size = MAX;
-  EXPECT_FALSE(NO_SCALAR_ANSWERS.Write(DSP, 1, buffer.data(), &size));
-  EXPECT_FALSE(NO_SCALAR_ANSWERS.Write(GPU, 4, buffer.data(), &size));
+TEST(ScalarForm, MinimumSizeGoesByTheWholeKey) {
   const std::map<Key, std::uint64_t> otherMinimums = {
       {{GPU, 4}, 12}, {{DSP, 16}, 16}, {{DSP, 43}, 4}, {{DSP, 44}, 4}};
   for (std::uint64_t component = 0; component <= 7; ++component) {
@@ -123,48 +109,26 @@ TEST(ScalarAnswers, AreThoseOfTheQueryInFullOrLeftToIt) {
       SCOPED_TRACE(testing::Message() << component << " " << key);
       const auto other = otherMinimums.find({component, key});
       const std::uint64_t minimum = other == otherMinimums.end() ? 8 : other->second;
-      EXPECT_EQ(MinimumSize(component, key), minimum);
-      EXPECT_EQ(MinimumSize(component + HIGH, key), 8U);
-      EXPECT_EQ(MinimumSize(component, key + HIGH), 8U);
-
-      const Answer inFull = ask(AnswerScalar, record, component, key);
-      for (const std::uint64_t capacity : std::vector<std::uint64_t>{0, 3, 4, 7, 8, MAX}) {
-        buffer = bufferWith({});
-        size = capacity;
-        EXPECT_FALSE(answers.Write(HIGH + component, key, buffer.data(), &size));
-        EXPECT_FALSE(answers.Write(component, HIGH + key, buffer.data(), &size));
-        EXPECT_EQ(buffer, bufferWith({}));
-        const bool expected = inFull.status == SUCCESS && capacity >= minimum;
-        EXPECT_EQ(answers.Write(component, key, buffer.data(), &size), expected);
-        EXPECT_EQ(buffer, expected ? inFull.buffer : bufferWith({}));
-      }
+      EXPECT_EQ(ScalarFormOf(component, key).minimumSize, minimum);
+      EXPECT_EQ(ScalarFormOf(component + HIGH, key).minimumSize, 8U);
+      EXPECT_EQ(ScalarFormOf(component, key + HIGH).minimumSize, 8U);
     }
   }
 }
 
 TEST(Answers, GpuNameNeedsRoomForItsNul) {
-  for (std::size_t length = 0; length <= 17; ++length) {
+  for (const std::size_t length : {0, 7, 11, 12, 40}) {
     GpuInfo gpu(0);
-    gpu.name = std::string("abcdefghijklmnopq").substr(0, length);
-    const Bytes text = Bytes(gpu.name.begin(), gpu.name.end()) + Bytes{0};
-    const SocInfo record = recordOf({}, gpu);
-    const ScalarAnswers answers(record);
-    for (const std::uint64_t capacity : {0, 11, 12, 13, 15, 16, 17, 32}) {
+    gpu.name = std::string(length, 'n');
+    const Bytes text = Bytes(length, 'n') + Bytes{0};
+    for (const std::uint64_t capacity : {length, length + 1, length + 2}) {
       SCOPED_TRACE(testing::Message() << length << " in " << capacity);
       const bool fits = capacity > length;
-      const Answer inFull = ask(AnswerScalar, record, GPU, 4, capacity);
-      EXPECT_EQ(inFull.status, fits ? SUCCESS : INSUFFICIENT_SIZE);
-      EXPECT_EQ(inFull.size, text.size());
-      EXPECT_EQ(inFull.buffer, bufferWith(fits ? text : Bytes{}));
-      EXPECT_EQ(inFull.writes.size() + inFull.allocations, 0U);
-
-      // Encoded in advance are names of usual lengths, for buffers of the minimum at least.
-      Bytes buffer = bufferWith({});
-      std::uint64_t size = capacity;
-      const bool written = answers.Write(GPU, 4, buffer.data(), &size);
-      EXPECT_EQ(written, length >= 7 && length <= 15 && capacity >= 12 && fits);
-      EXPECT_EQ(buffer, bufferWith(written ? text : Bytes{}));
-      EXPECT_EQ(size, written ? text.size() : capacity);
+      const Answer answer = ask(AnswerScalar, recordOf({}, gpu), GPU, 4, capacity);
+      EXPECT_EQ(answer.status, fits ? SUCCESS : INSUFFICIENT_SIZE);
+      EXPECT_EQ(answer.size, text.size());
+      EXPECT_EQ(answer.buffer, bufferWith(fits ? text : Bytes{}));
+      EXPECT_EQ(answer.writes.size() + answer.allocations, 0U);
     }
   }
 }
@@ -178,19 +142,19 @@ TEST(Answers, ListsNeedRoomForEveryByteAndShortNames) {
   for (const auto& [key, required] : sizes) {
     SCOPED_TRACE(key);
     const std::string line = "INSUFFICIENT_SIZE FOR KEY: " + std::to_string(key);
-    const Answer tooSmall = ask(AnswerSerialized, listRecord(), DSP, key, required - 1);
+    const Answer tooSmall = ask(AnswerList, listRecord(), DSP, key, required - 1);
     expectRefused(tooSmall, INSUFFICIENT_SIZE, required, line);
     EXPECT_EQ(tooSmall.allocations, 0U);
-    const Answer fits = ask(AnswerSerialized, listRecord(), DSP, key, required);
+    const Answer fits = ask(AnswerList, listRecord(), DSP, key, required);
     EXPECT_EQ(fits.status, SUCCESS);
     EXPECT_EQ(fits.size, required);
 
-    const Answer empty = ask(AnswerSerialized, recordOf({}), DSP, key, 0);
+    const Answer empty = ask(AnswerList, recordOf({}), DSP, key, 0);
     EXPECT_EQ(empty.status, SUCCESS);
     EXPECT_EQ(empty.size, 0U);
     EXPECT_EQ(empty.buffer, bufferWith({}));
     if (key >= 47) {
-      expectRefused(ask(AnswerSerialized, recordOf(dsp), DSP, key), FAILURE, MAX, line);
+      expectRefused(ask(AnswerList, recordOf(dsp), DSP, key), FAILURE, MAX, line);
     }
   }
 }

@@ -102,7 +102,7 @@ TEST(KeyTable, DefaultsAnswerFromTheFirstEntry) {
   }
   EXPECT_EQ(ask(AnswerScalar, record, DSP, 15).buffer, bufferWith(words({0x7FFFFFFF})));
   EXPECT_EQ(keysThatDiffer(record, GPU), Keys{});
-  EXPECT_EQ(ask(AnswerSerialized, record, DSP, 16).size, 0U);
+  EXPECT_EQ(ask(AnswerList, record, DSP, 16).size, 0U);
 }
 
 }  // namespace

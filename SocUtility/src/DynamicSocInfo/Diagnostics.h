@@ -1,11 +1,22 @@
-/// The diagnostic lines that the query functions write when they refuse a query.
+/// What the query functions refuse. Every refusal writes one line to standard error, in one write
+/// that is flushed at once, and returns the query's status. Errors of the stream are ignored.
+///
+/// A line ends with the low 32 bits of the component or key, as a signed decimal.
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
-/// Writes one line to standard error: `text`, the low 32 bits of `number` as a signed decimal, and
-/// `ending` (together at most 100 bytes). One write, flushed at once; errors of the stream are
-/// ignored.
-void WriteDiagnostic(std::string_view text, std::uint64_t number,
-                     std::string_view ending = {}) noexcept;
+/// A component that does not exist: `UNSUPPORTED_COMPONENT`.
+std::uint32_t RefuseComponent(std::uint64_t component) noexcept;
+
+// A key of a component that exists: `UNSUPPORTED_KEY`.
+
+/// The key is no capability.
+std::uint32_t RefuseUnknownKey(std::uint64_t component, std::uint64_t key) noexcept;
+/// The scalar query was asked for a list.
+std::uint32_t RefuseListKey(std::uint64_t key) noexcept;
+/// The serialized query was asked for a scalar.
+std::uint32_t RefuseScalarKey(std::uint64_t component, std::uint64_t key) noexcept;
+
+/// A list that could not be written: returns `status`.
+std::uint32_t RefuseList(std::uint64_t key, std::uint32_t status) noexcept;

@@ -12,6 +12,29 @@ namespace {
 /// layer and the provider calls rely on it.
 std::mutex providerMutex;
 
+/// The thread that holds the mutex. Unlike a thread-local mark it never allocates.
+constexpr DWORD NO_THREAD = 0;
+constinit std::atomic<DWORD> attemptingThread{NO_THREAD};
+
+/// Locks the mutex for an attempt. Refuses a provider's own query, which would wait for itself.
+class AttemptLock {
+ public:
+  AttemptLock() {
+    const DWORD thisThread = GetCurrentThreadId();
+    if (attemptingThread.load(std::memory_order_relaxed) == thisThread) {
+      throw std::runtime_error("a provider made a query that needs an attempt of its own");
+    }
+    lock_.lock();
+    attemptingThread.store(thisThread, std::memory_order_relaxed);
+  }
+  ~AttemptLock() { attemptingThread.store(NO_THREAD, std::memory_order_relaxed); }
+  AttemptLock(const AttemptLock&) = delete;
+  AttemptLock& operator=(const AttemptLock&) = delete;
+
+ private:
+  std::unique_lock<std::mutex> lock_{providerMutex, std::defer_lock};
+};
+
 /// A first throw of the library's own, for systems where each image has its unwinder linked into
 /// it. The library's is not ready before that, while a provider's exception arrives by another one
 /// and would end the process. Windows unwinds by itself.
@@ -50,34 +73,13 @@ bool IsAcceptedProvider(const ProviderLoader& provider) {
          provider.getCapabilitySerialized != nullptr;
 }
 
-/// Notes the thread inside an attempt, and withdraws what warm queries answer from: those do not
-/// ask who calls, and the provider's own queries are to be refused.
-class ProviderAttempt::Running {
- public:
-  Running() {
-    settledAnswers.store(&NO_SCALAR_ANSWERS, std::memory_order_relaxed);
-    runningThread_.store(GetCurrentThreadId(), std::memory_order_relaxed);
+bool ProviderAttempt::AttemptLocked(SocInfo& record) {
+  const AttemptLock lock;
+  if (!IsNeeded()) {
+    return false;  // made by another thread meanwhile
   }
-  ~Running() { runningThread_.store(NO_THREAD, std::memory_order_relaxed); }
-  Running(const Running&) = delete;
-  Running& operator=(const Running&) = delete;
-};
-
-bool ProviderAttempt::MakeOnceLocked(SocInfo& record) {
-  const std::lock_guard lock(providerMutex);
-  if (!IsStillToBeMade()) {
-    return false;
-  }
-  const Running running;
   // The outcome first: whoever sees that the attempt was made must see how it ended.
   recordConfirmed_.store(importFromProvider(record), std::memory_order_release);
   providerAttempted_.store(true, std::memory_order_release);
   return true;
-}
-
-void ProviderAttempt::Settle(const ScalarAnswers& answers) {
-  const std::unique_lock lock(providerMutex, std::try_to_lock);
-  if (lock.owns_lock()) {
-    settledAnswers.store(&answers, std::memory_order_release);
-  }
 }

@@ -1,49 +1,52 @@
 #include "DynamicSocInfo/ScalarAnswers.h"
 
-#include <algorithm>
-#include <string>
-#include <type_traits>
+#include <bit>
 
-#include "DynamicSocInfo/Answers.h"
-#include "DynamicSocInfo/ScalarEncoding.h"
-#include "DynamicSocInfo/capabilities/KeyTable.h"
+#include "DynamicSocInfo/Diagnostics.h"
 
-ScalarAnswers::ScalarAnswers(const SocInfo& record) {
+static_assert(std::endian::native == std::endian::little, "answers are stored as they are");
+
+namespace {
+
+/// An integer or flag widened to 64 bits by its own signedness.
+template <class T>
+std::uint64_t bitsOf(T value) {
+  return static_cast<std::uint64_t>(std::int64_t{value});
+}
+std::uint64_t bitsOf(std::uint64_t value) { return value; }
+std::uint64_t bitsOf(float value) { return std::bit_cast<std::uint32_t>(value); }
+
+}  // namespace
+
+ScalarAnswers::ScalarAnswers(const SocInfo& record)
+    : name_(record.gpus.front().name.c_str()), nameSize_(record.gpus.front().name.size() + 1) {
   Encode(record.dsps.front());
   Encode(record.gpus.front());
   Encode(record.cpu);
 }
 
-void ScalarAnswers::Name::Encode(const std::string& name, std::uint64_t minimum) {
-  const std::uint64_t length = name.size() + 1;
-  if (length < WORD || length > 2 * WORD) {
-    return;
-  }
-  std::memcpy(&first, name.c_str(), WORD);
-  std::memcpy(&last, name.c_str() + length - WORD, WORD);
-  size = length;
-  tooSmall = std::max(size, minimum) - 1;
-}
-
 template <class Record>
 void ScalarAnswers::Encode(const Record& entry) {
-  constexpr std::size_t KEY_COUNT = KeyTable<Record>::FIELDS.size();
-  constexpr std::uint64_t ROW = KeyTable<Record>::COMPONENT - FIRST_COMPONENT;
-  static_assert(ROW < COMPONENTS && KEY_COUNT <= KEYS);
-  auto& answers = answers_[ROW];
-  for (std::size_t key = 0; key < KEY_COUNT; ++key) {
+  for (std::size_t key = 0; key < KeyTable<Record>::FIELDS.size(); ++key) {
     visitField<Record>(
         key,
         [&]<class T>(T Record::*field) {
-          Answer& answer = answers[key];
           if constexpr (std::is_arithmetic_v<T>) {
-            constexpr bool IS_FLOAT = std::is_same_v<T, float>;
-            answer.bits = answerBits(entry.*field);
-            (IS_FLOAT ? answer.tooSmallForFloat : answer.tooSmallForWide) = ANSWER_WIDTH<T> - 1;
-          } else if constexpr (std::is_same_v<T, std::string>) {
-            name_.Encode(entry.*field, MinimumSize(KeyTable<Record>::COMPONENT, key));
+            bits_[KeyTable<Record>::COMPONENT - DSP][key] = bitsOf(entry.*field);
           }
         },
         [] {});
+  }
+}
+
+std::uint32_t ScalarAnswers::Refuse(ScalarForm::Kind kind, std::uint64_t component,
+                                    std::uint64_t key) noexcept {
+  switch (kind) {
+    case ScalarForm::LIST:
+      return RefuseListKey(key);
+    case ScalarForm::NO_COMPONENT:
+      return RefuseComponent(component);
+    default:
+      return RefuseUnknownKey(component, key);
   }
 }

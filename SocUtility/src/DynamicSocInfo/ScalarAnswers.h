@@ -1,95 +1,121 @@
-/// The scalar answers of a record that no longer changes, encoded once: a warm query is a check of
-/// its arguments and a load and a store or two, whatever the field's type.
+/// The scalar query's answers. `ScalarQuery` is what the key table says of a query, whatever the
+/// chip; `ScalarAnswers` is what a record answers, encoded once.
 #pragma once
 
 #include <array>
-#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <string>
+#include <type_traits>
 
+#include "DynamicSocInfo/capabilities/KeyTable.h"
 #include "DynamicSocInfo/capabilities/SocInfo.h"
 #include "ZynSystemInfo.h"
 
-/// Holds the numbers, the flags and the GPU's name. What else a query can end in (lists, refusals,
-/// buffers that are too small, a name of unusual length) is left to the query in full.
+/// How the scalar query answers a key.
+struct ScalarForm {
+  enum Kind : std::uint8_t { NUMBER, FLOAT, NAME, LIST, NO_KEY, NO_COMPONENT };
+
+  Kind kind = NO_COMPONENT;
+  std::uint8_t minimumSize = 8;  ///< The smallest buffer in bytes, for refused keys too.
+};
+
+inline constexpr std::size_t SCALAR_KEYS = KeyTable<DspInfo>::FIELDS.size();
+
+/// A value for each component, counted from the lowest, and key.
+template <class Value>
+using ScalarTable = std::array<std::array<Value, SCALAR_KEYS>, CPU - DSP + 1>;
+
+/// The form of a key whose field has type `T`.
+template <class T>
+constexpr ScalarForm scalarFormOf() {
+  if constexpr (std::is_same_v<T, float>) {
+    return {ScalarForm::FLOAT, sizeof(float)};
+  } else if constexpr (std::is_same_v<T, std::string>) {
+    return {ScalarForm::NAME, 12};  // a longer name asks for more
+  } else if constexpr (std::is_same_v<T, U32List>) {
+    return {ScalarForm::LIST, 16};  // a count and one element
+  } else {
+    return {IS_LIST<T> ? ScalarForm::LIST : ScalarForm::NUMBER};
+  }
+}
+
+template <class Record>
+constexpr void addScalarForms(ScalarTable<ScalarForm>& forms) {
+  auto& row = forms[KeyTable<Record>::COMPONENT - DSP];
+  for (std::size_t key = 0; key < row.size(); ++key) {
+    row[key] = visitField<Record>(
+        key, []<class T>(T Record::*) { return scalarFormOf<T>(); },
+        [] { return ScalarForm{ScalarForm::NO_KEY}; });
+  }
+}
+
+inline constexpr ScalarTable<ScalarForm> SCALAR_FORMS = [] {
+  ScalarTable<ScalarForm> forms{};
+  addScalarForms<DspInfo>(forms);
+  addScalarForms<GpuInfo>(forms);
+  addScalarForms<CpuInfo>(forms);
+  return forms;
+}();
+
+/// The form of a query. The key is matched on its low 32 bits, but only a whole key has a minimum
+/// of its own.
+constexpr ScalarForm ScalarFormOf(std::uint64_t component, std::uint64_t key) noexcept {
+  if (component - DSP >= SCALAR_FORMS.size()) {
+    return {};
+  }
+  const auto& forms = SCALAR_FORMS[component - DSP];
+  if (key < forms.size()) [[likely]] {
+    return forms[key];
+  }
+  const auto lowKey = static_cast<std::uint32_t>(key);
+  return {forms[lowKey < forms.size() ? lowKey : 0].kind};
+}
+
+/// The answers of a record, which must live as long and not change.
 class ScalarAnswers {
  public:
-  /// No answers at all.
-  constexpr ScalarAnswers() = default;
-  /// A record's answers.
   explicit ScalarAnswers(const SocInfo& record);
 
-  /// Writes the answer to `buffer`, which has `*size` bytes, if there is one and it fits; a name
-  /// also sets `*size`. The key is compared as a whole. Returns whether it was written.
-  bool Write(std::uint64_t component, std::uint64_t key, void* buffer,
-             std::uint64_t* size) const noexcept {
-    const std::uint64_t row = component - FIRST_COMPONENT;
-    if (row >= COMPONENTS || key >= KEYS) {
-      return false;
+  /// Decides a query of the given form, whose buffer has the form's minimum size. `*size` is that
+  /// buffer's size in bytes; a GPU name sets it. A refusal writes its diagnostic line. Returns the
+  /// status of `Soc_GetCapability`.
+  std::uint32_t Answer(ScalarForm form, std::uint64_t component, std::uint64_t key, void* buffer,
+                       std::uint64_t* size) const noexcept {
+    switch (form.kind) {
+      [[likely]] case ScalarForm::NUMBER : std::memcpy(buffer, &Bits(component, key), 8);
+      return SUCCESS;
+      case ScalarForm::FLOAT:
+        std::memcpy(buffer, &Bits(component, key), 4);
+        return SUCCESS;
+      case ScalarForm::NAME:
+        return AnswerName(buffer, size);
+      default:
+        return Refuse(form.kind, component, key);
     }
-    // The common width is decided by a single comparison: every branch here is felt.
-    const Answer& answer = answers_[row][key];
-    const std::uint64_t capacity = *size;
-    if (capacity > answer.tooSmallForWide) [[likely]] {
-      std::memcpy(buffer, &answer.bits, 8);
-      return true;
-    }
-    if (capacity > answer.tooSmallForFloat) [[likely]] {
-      std::memcpy(buffer, &answer.bits, 4);
-      return true;
-    }
-    if (component == GPU && key == NAME_KEY && capacity > name_.tooSmall) {
-      *size = name_.size;
-      name_.Write(buffer);
-      return true;
-    }
-    return false;
   }
 
  private:
-  static constexpr std::uint64_t FIRST_COMPONENT = DSP;
-  static constexpr std::uint64_t COMPONENTS = CPU - DSP + 1;
-  static constexpr std::uint64_t KEYS = 49;
-  static constexpr std::uint64_t NAME_KEY = 4;  // of the GPU
-  /// No capacity is larger: not even what a list query that failed left in `*size`.
-  static constexpr std::uint64_t NO_ANSWER = std::numeric_limits<std::uint64_t>::max();
-
-  struct Answer {
-    std::uint64_t bits = 0;  ///< The answer's bytes, from the first one on.
-    // The largest buffer that an answer of 8 bytes, and one of 4, does not fit.
-    std::uint64_t tooSmallForWide = NO_ANSWER;
-    std::uint64_t tooSmallForFloat = NO_ANSWER;
-  };
-
-  /// A name and its NUL, of eight to sixteen bytes: two words, the second of which overlaps the
-  /// first.
-  struct Name {
-    static constexpr std::uint64_t WORD = 8;
-
-    /// Leaves a name of another length out, and lets no buffer below `minimum` be answered.
-    void Encode(const std::string& name, std::uint64_t minimum);
-    void Write(void* buffer) const noexcept {
-      std::memcpy(buffer, &first, WORD);
-      std::memcpy(static_cast<char*>(buffer) + size - WORD, &last, WORD);
+  const std::uint64_t& Bits(std::uint64_t component, std::uint64_t key) const {
+    return bits_[component - DSP][static_cast<std::uint32_t>(key)];
+  }
+  std::uint32_t AnswerName(void* buffer, std::uint64_t* size) const noexcept {
+    const std::uint64_t capacity = *size;
+    *size = nameSize_;
+    if (capacity < nameSize_) {
+      return INSUFFICIENT_SIZE;
     }
-
-    std::uint64_t first = 0;
-    std::uint64_t last = 0;
-    std::uint64_t size = 0;
-    std::uint64_t tooSmall = NO_ANSWER;  ///< The largest buffer that it does not fit.
-  };
+    std::memcpy(buffer, name_, nameSize_);
+    return SUCCESS;
+  }
+  static std::uint32_t Refuse(ScalarForm::Kind kind, std::uint64_t component,
+                              std::uint64_t key) noexcept;
 
   template <class Record>
   void Encode(const Record& entry);
 
-  std::array<std::array<Answer, KEYS>, COMPONENTS> answers_{};
-  Name name_;
+  ScalarTable<std::uint64_t> bits_{};  ///< The bytes of each number's answer, from the first on.
+  const char* name_;                   ///< The GPU's.
+  std::uint64_t nameSize_;             ///< In bytes, with the NUL.
 };
-
-inline constexpr ScalarAnswers NO_SCALAR_ANSWERS;
-
-/// What warm scalar queries answer from: nothing until the query's record is confirmed, and nothing
-/// while a provider attempt runs, so that they need not ask whether one does.
-inline constinit std::atomic<const ScalarAnswers*> settledAnswers = &NO_SCALAR_ANSWERS;

@@ -12,7 +12,6 @@
 
 #include "Capabilities.h"
 #include "ChildProcess.h"
-#include "DynamicSocInfo/ScalarEncoding.h"
 #include "DynamicSocInfo/capabilities/KeyTable.h"
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
 #include "DynamicSocInfo/chip/ChipIdentification.h"
@@ -109,7 +108,9 @@ std::string failureMessage(std::uint32_t key) {
           } else if constexpr (IS_LIST<T>) {
             ReadU64Vector(repeat, COMPONENT, key);
           } else {
-            GetCapabilityBytes(repeat, COMPONENT, key, ANSWER_WIDTH<T>);
+            GetCapabilityBytes(
+                repeat, COMPONENT, key,
+                sizeof(std::conditional_t<std::is_same_v<T, float>, float, std::uint64_t>));
           }
         },
         [] {});

@@ -4,13 +4,10 @@
 #include <array>
 #include <bit>
 #include <cstring>
-#include <optional>
-#include <string_view>
-#include <utility>
 
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "entries are copied as they stand");
+static_assert(std::endian::native == std::endian::little, "entries are copied as they are");
 
 using NameField = std::array<char, 32>;
 
@@ -34,92 +31,59 @@ struct NamedValueEntry {
 static_assert(offsetof(NamedValueEntry, value) == 4 && offsetof(NamedValueEntry, name) == 8 &&
               sizeof(NamedValueEntry) == 40);
 
-/// The field that holds `name`, or nothing when it has no room for the name and a NUL.
-std::optional<NameField> toNameField(std::string_view name) {
+// A name and its NUL must fit a field; a field must hold a NUL.
+bool fits(const std::string& name) { return name.size() < sizeof(NameField); }
+bool isTerminated(const NameField& field) { return std::ranges::find(field, '\0') != field.end(); }
+NameField toField(const std::string& name) {
   NameField field{};
-  if (name.size() >= field.size()) {
-    return std::nullopt;
-  }
-  std::copy(name.begin(), name.end(), field.begin());
+  std::ranges::copy(name, field.begin());
   return field;
 }
-
-/// The name in a field, up to its NUL or the field's end.
-std::string fromNameField(const NameField& field) {
-  return {field.begin(), std::find(field.begin(), field.end(), '\0')};
+std::string toName(const NameField& field) {
+  return {field.begin(), std::ranges::find(field, '\0')};
 }
 
-bool isTerminated(const NameField& field) {
-  return std::find(field.begin(), field.end(), '\0') != field.end();
+// The three kinds of elements: whether one can be stored, its entry, whether an entry is well
+// formed, and an entry's element.
+bool isStorable(std::uint32_t /*value*/) { return true; }
+NumberEntry toEntry(std::uint32_t dspIndex, std::uint32_t value) { return {dspIndex, value}; }
+bool isWellFormed(const NumberEntry& /*entry*/) { return true; }
+std::uint32_t toElement(const NumberEntry& entry) { return entry.value; }
+
+bool isStorable(const std::string& name) { return fits(name); }
+NameEntry toEntry(std::uint32_t dspIndex, const std::string& name) {
+  return {dspIndex, toField(name)};
+}
+bool isWellFormed(const NameEntry& entry) { return isTerminated(entry.name); }
+std::string toElement(const NameEntry& entry) { return toName(entry.name); }
+
+bool isStorable(const NamedValue& element) { return fits(element.name); }
+NamedValueEntry toEntry(std::uint32_t dspIndex, const NamedValue& element) {
+  return {dspIndex, element.value, toField(element.name)};
+}
+bool isWellFormed(const NamedValueEntry& entry) { return isTerminated(entry.name); }
+NamedValue toElement(const NamedValueEntry& entry) { return {toName(entry.name), entry.value}; }
+
+// The two kinds of lists: in order, or by position.
+template <class T>
+const T& elementOf(const T& item) {
+  return item;
+}
+template <class T>
+const T& elementOf(const std::pair<const std::uint32_t, T>& item) {
+  return item.second;
+}
+template <class T>
+void append(std::vector<T>& list, T element) {
+  list.push_back(std::move(element));
+}
+template <class T>
+void append(std::map<std::uint32_t, T>& list, T element) {
+  list.emplace_hint(list.end(), static_cast<std::uint32_t>(list.size()), std::move(element));
 }
 
-/// The next free position of a list held as a map.
-template <class Value>
-std::uint32_t nextPosition(const std::map<std::uint32_t, Value>& list) {
-  return static_cast<std::uint32_t>(list.size());
-}
-
-/// What differs between the four list fields: the entry's layout, the entry of an element (nothing
-/// when it cannot be stored), whether an entry is well formed, and an entry's element appended.
 template <class List>
-struct ListFormat;
-
-template <>
-struct ListFormat<U32List> {
-  using Entry = NumberEntry;
-  static std::optional<Entry> ToEntry(std::uint32_t dspIndex, std::uint32_t element) {
-    return Entry{dspIndex, element};
-  }
-  static bool IsWellFormed(const Entry&) { return true; }
-  static void Append(U32List& list, const Entry& entry) { list.push_back(entry.value); }
-};
-
-template <>
-struct ListFormat<U32Positions> {
-  using Entry = NumberEntry;
-  static std::optional<Entry> ToEntry(std::uint32_t dspIndex,
-                                      const U32Positions::value_type& element) {
-    return Entry{dspIndex, element.second};
-  }
-  static bool IsWellFormed(const Entry&) { return true; }
-  static void Append(U32Positions& list, const Entry& entry) {
-    list.emplace_hint(list.end(), nextPosition(list), entry.value);
-  }
-};
-
-template <>
-struct ListFormat<NameList> {
-  using Entry = NameEntry;
-  static std::optional<Entry> ToEntry(std::uint32_t dspIndex, const std::string& element) {
-    const std::optional<NameField> name = toNameField(element);
-    if (!name) {
-      return std::nullopt;
-    }
-    return Entry{dspIndex, *name};
-  }
-  static bool IsWellFormed(const Entry& entry) { return isTerminated(entry.name); }
-  static void Append(NameList& list, const Entry& entry) {
-    list.push_back(fromNameField(entry.name));
-  }
-};
-
-template <>
-struct ListFormat<NamedValues> {
-  using Entry = NamedValueEntry;
-  static std::optional<Entry> ToEntry(std::uint32_t dspIndex,
-                                      const NamedValues::value_type& element) {
-    const std::optional<NameField> name = toNameField(element.second.name);
-    if (!name) {
-      return std::nullopt;
-    }
-    return Entry{dspIndex, element.second.value, *name};
-  }
-  static bool IsWellFormed(const Entry& entry) { return isTerminated(entry.name); }
-  static void Append(NamedValues& list, const Entry& entry) {
-    list.emplace_hint(list.end(), nextPosition(list),
-                      NamedValue{fromNameField(entry.name), entry.value});
-  }
-};
+using EntryOf = decltype(toEntry(0, elementOf(*List().begin())));
 
 /// The entry at `position` of an unaligned array of entries.
 template <class Entry>
@@ -134,33 +98,28 @@ Entry entryAt(const void* data, std::size_t position) {
 
 template <class List>
 bool serialize(void* buffer, std::uint64_t* size, std::span<const List* const> lists) {
-  using Format = ListFormat<List>;
-  using Entry = typename Format::Entry;
-
-  std::size_t count = 0;
+  using Entry = EntryOf<List>;
+  std::uint64_t count = 0;
+  bool isComplete = true;
   for (const List* list : lists) {
     count += list->size();
+    isComplete = isComplete && std::ranges::all_of(*list, [](const auto& item) {
+                   return isStorable(elementOf(item));
+                 });
   }
   const std::uint64_t required = count * sizeof(Entry);
-  if (*size < required) {
-    *size = required;
+  if (*size < required || !isComplete) {
+    *size = *size < required ? required : UNSERIALIZABLE;
     return false;
   }
 
-  std::vector<Entry> entries;
-  entries.reserve(count);
+  auto* next = static_cast<std::byte*>(buffer);
   for (std::uint32_t dspIndex = 0; dspIndex < lists.size(); ++dspIndex) {
-    for (const auto& element : *lists[dspIndex]) {
-      const std::optional<Entry> entry = Format::ToEntry(dspIndex, element);
-      if (!entry) {
-        *size = UNSERIALIZABLE;
-        return false;
-      }
-      entries.push_back(*entry);
+    for (const auto& item : *lists[dspIndex]) {
+      const Entry entry = toEntry(dspIndex, elementOf(item));
+      std::memcpy(next, &entry, sizeof entry);
+      next += sizeof entry;
     }
-  }
-  if (required != 0) {
-    std::memcpy(buffer, entries.data(), required);
   }
   *size = required;
   return true;
@@ -168,15 +127,13 @@ bool serialize(void* buffer, std::uint64_t* size, std::span<const List* const> l
 
 template <class List>
 bool deserialize(const void* data, std::size_t length, std::span<List* const> targets) {
-  using Format = ListFormat<List>;
-  using Entry = typename Format::Entry;
-
+  using Entry = EntryOf<List>;
   if (length % sizeof(Entry) != 0 || (length != 0 && data == nullptr)) {
     return false;
   }
   const std::size_t count = length / sizeof(Entry);
   for (std::size_t position = 0; position < count; ++position) {
-    if (!Format::IsWellFormed(entryAt<Entry>(data, position))) {
+    if (!isWellFormed(entryAt<Entry>(data, position))) {
       return false;
     }
   }
@@ -187,7 +144,7 @@ bool deserialize(const void* data, std::size_t length, std::span<List* const> ta
   for (std::size_t position = 0; position < count; ++position) {
     const auto entry = entryAt<Entry>(data, position);
     if (entry.dspIndex < targets.size()) {
-      Format::Append(*targets[entry.dspIndex], entry);
+      append(*targets[entry.dspIndex], toElement(entry));
     }
   }
   return true;

@@ -34,8 +34,7 @@ inline constexpr std::uint64_t UNSERIALIZABLE = std::numeric_limits<std::uint64_
 /// \param buffer Receives the entries; untouched on failure and when there are none.
 /// \param size   In: bytes at `buffer`. Out: bytes written; on failure the bytes required, or
 ///               `UNSERIALIZABLE` when a name of 32 bytes or more cannot be stored.
-/// \return Whether the entries were written. Allocates one block, none when the buffer is too
-/// small.
+/// \return Whether the entries were written. Allocates nothing.
 template <class List>
 bool serialize(void* buffer, std::uint64_t* size, std::span<const List* const> lists);
 
@@ -46,13 +45,3 @@ bool serialize(void* buffer, std::uint64_t* size, std::span<const List* const> l
 ///         `data` is null although `length` is not 0, or a name of any entry has no NUL.
 template <class List>
 bool deserialize(const void* data, std::size_t length, std::span<List* const> targets);
-
-extern template bool serialize(void*, std::uint64_t*, std::span<const U32List* const>);
-extern template bool serialize(void*, std::uint64_t*, std::span<const U32Positions* const>);
-extern template bool serialize(void*, std::uint64_t*, std::span<const NameList* const>);
-extern template bool serialize(void*, std::uint64_t*, std::span<const NamedValues* const>);
-
-extern template bool deserialize(const void*, std::size_t, std::span<U32List* const>);
-extern template bool deserialize(const void*, std::size_t, std::span<U32Positions* const>);
-extern template bool deserialize(const void*, std::size_t, std::span<NameList* const>);
-extern template bool deserialize(const void*, std::size_t, std::span<NamedValues* const>);

@@ -3,12 +3,9 @@
 #include <algorithm>
 #include <atomic>
 
-#include "DynamicSocInfo/chip/ChipData.h"
-
 namespace {
 
-constexpr std::uint32_t UNDETERMINED = 0xFFFFFFFF;
-constinit std::atomic<std::uint32_t> identifiedChip{UNDETERMINED};
+constinit std::atomic<std::uint32_t> identifiedChip{UNDETERMINED_CHIP_ID};
 
 std::uint32_t ChipIdByPpttKey(std::uint64_t key) {
   const auto found = std::ranges::find(CHIP_KEYS, key, &ChipKey::pptt);
@@ -47,7 +44,7 @@ Identification IdentifyFromTables(
 
 std::uint32_t IdentifyChip() noexcept {
   const std::uint32_t known = identifiedChip.load(std::memory_order_relaxed);
-  if (known != UNDETERMINED) {
+  if (known != UNDETERMINED_CHIP_ID) {
     return known;
   }
   FirmwareTables tables;

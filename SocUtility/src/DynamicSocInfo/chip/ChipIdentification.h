@@ -6,9 +6,7 @@
 #include <optional>
 
 #include "DynamicSocInfo/chip/AcpiTables.h"
-
-/// A chip identifier that stands for "not identified".
-inline constexpr std::uint32_t NO_CHIP_ID = 0;
+#include "DynamicSocInfo/chip/ChipData.h"
 
 /// What the steps of an identification found; a step that was not reached found nothing.
 struct Identification {
