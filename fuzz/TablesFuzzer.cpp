@@ -7,7 +7,6 @@
 
 #include "FuzzInput.h"
 #include "IdentifyReport.h"
-#include "InputError.h"
 #include "MachineTables.h"
 #include "SocReport.h"
 

@@ -66,8 +66,6 @@ class CheckProviderTest(Tests):
             ("2 44 hang 0 0 -", "DSP 44", "hang", 42),
             ("0 0 abort 0 0 -", "unload", "crash", 56),
             ("2 17 tell 0 0 no JSON", "DSP 17", "crash", 24),
-            ("2 17 tell 0 0 {}", "DSP 17", "crash", 24),
-            ("2 17 tell 1 0 a line without an end", "DSP 17", "hang", 24),
         ]:
             with self.subTest(rule):
                 status, document, rows = self.check(PROVIDER, rule,

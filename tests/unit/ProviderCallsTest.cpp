@@ -41,9 +41,14 @@ class ProviderCalls : public testing::Test {
   }
 
   template <class Out>
-  void ExpectRefused(bool (*call)(ProviderLoader&, std::uint32_t, std::uint32_t, Out&), Out out) {
+  void ExpectRefused(bool (*call)(ProviderLoader&, std::uint32_t, std::uint32_t, Out&,
+                                  std::string*),
+                     Out out) {
     const Out before = out;
-    EXPECT_FALSE(call(Loader(), DSP, KEY, out));
+    std::string failure;
+    EXPECT_FALSE(call(Loader(), DSP, KEY, out, nullptr));
+    EXPECT_FALSE(call(Loader(), DSP, KEY, out, &failure));
+    EXPECT_NE(failure, "");
     EXPECT_EQ(out, before);
   }
 
@@ -102,6 +107,19 @@ TEST_F(ProviderCalls, FailWithoutAnAnswer) {
   Loader().getCapability = nullptr;
   EXPECT_EQ(MessageOf([&] { GetBytes(); }), "SoCServiceUtils not loaded");
   ExpectAllRefused();
+}
+
+TEST_F(ProviderCalls, CatchWhatFailsTheCallAndNothingElse) {
+  Set([](void*, std::uint64_t*) -> std::uint32_t { throw std::range_error("derived"); });
+  ExpectAllRefused();
+  Set([](void*, std::uint64_t*) -> std::uint32_t { throw std::logic_error("another"); });
+  std::uint64_t number = 77;
+  float real = 7.5F;
+  std::string text = "kept";
+  EXPECT_THROW(TryGetU64(Loader(), DSP, KEY, number), std::logic_error);
+  EXPECT_THROW(TryGetFloat(Loader(), DSP, KEY, real), std::logic_error);
+  EXPECT_THROW(TryGetString(Loader(), DSP, KEY, text), std::logic_error);
+  EXPECT_EQ(std::tuple(number, real, text), std::tuple(77U, 7.5F, "kept"));
 }
 
 TEST_F(ProviderCalls, GrowWhileMoreIsAskedFor) {

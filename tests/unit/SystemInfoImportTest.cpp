@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "AnswerProbe.h"
 #include "DynamicSocInfo/import/ProviderCalls.h"
 #include "DynamicSocInfo/import/ProviderImport.h"
@@ -17,14 +19,20 @@ class SystemInfoImport : public testing::Test {
  protected:
   SystemInfoImport() { provider_.BindSerialized(); }
 
-  /// The record after an import over one that held other values in several entries.
-  SocInfo Import() {
+  /// A record with other values in several entries.
+  static SocInfo OtherRecord() {
     SocInfo record = recordOf({}, GpuInfo(50), {.cap1 = 50, .cap2 = 50});
     record.dsps.front().cap1 = 50;
     record.dsps.front().cap16 = {50};
     record.gpus.front().cap13 = 50;
     record.dsps.emplace_back();
     record.gpus.emplace_back(50);
+    return record;
+  }
+
+  /// That record after an import over it.
+  SocInfo Import() {
+    SocInfo record = OtherRecord();
     EXPECT_TRUE(ImportProviderCapabilities(provider_.loader, record));
     return record;
   }
@@ -46,6 +54,21 @@ TEST_F(SystemInfoImport, AsksInOrderAndDefaultsWhatIsNotAnswered) {
   }
   keys.insert(keys.end(), {{CPU, 1}, {CPU, 2}});
   EXPECT_EQ(provider_.asked, keys);
+}
+
+TEST_F(SystemInfoImport, EndedByAnExceptionLeavesTheRecordAsItWas) {
+  const auto fault = [](void*, std::uint64_t*) -> std::uint32_t {
+    throw std::logic_error("fault");
+  };
+  for (const Key& key : {Key(DSP, 45), Key(GPU, 12), Key(CPU, 2)}) {
+    provider_.scalars = {{{DSP, 1}, answers(words({7}))},
+                         {{GPU, 1}, answers(words({7}))},
+                         {{CPU, 1}, answers(words({7}))}};
+    provider_.scalars[key] = fault;
+    SocInfo record = OtherRecord();
+    EXPECT_THROW(ImportProviderCapabilities(provider_.loader, record), std::logic_error);
+    EXPECT_EQ(record, OtherRecord());
+  }
 }
 
 TEST_F(SystemInfoImport, TakesTheNumbersTheNameAndTheListsOfTheFirstDsp) {

@@ -1,18 +1,17 @@
-/// The child's side of `check-provider`: does to a provider library, step by step, what an import
-/// does to it. What the library does to the process is for the parent to notice.
+/// The child's side of `check-provider`: loads a provider library, imports from it for an unknown
+/// chip, and unloads it.
 #pragma once
 
+#include <chrono>
 #include <string>
 
-/// Loads the library at the absolute path `file`, asks it, and unloads it. Writes JSON objects to
-/// the parent, one a line, each before what it announces or after what it tells:
+/// Writes JSON objects to the parent, one a line. All of them together are the fields that
+/// `CheckProvider` returns, with these exceptions:
 ///
-/// - `step`        what is done next: "load", "DSP 1" and so on for every key, "unload", "exit"
-/// - `loadError`   why the library could not be loaded; nothing follows
-/// - `rejection`   why an import would not ask it; null when it would, and only then keys follow
-/// - a key asked, as in the document of `check-provider --json`
-/// - `exception`   the text, or null, of what the latest key threw, if that ends an import: any
-///                 exception but `std::runtime_error`, which fails the key; no further key follows
+/// - `step`       what follows: "load", "DSP 1" and so on for every key, "unload", "exit"
+/// - `loadError`  why the library could not be loaded; the last line
+/// - `hung`       true: the step took longer than `limit`, and the process has ended itself
+/// - `asked`      one of `keys`
 ///
-/// Throws `std::runtime_error` when the parent cannot be written to.
-void AskProvider(const std::string& file);
+/// `file` is an absolute path. Throws `std::runtime_error` when the parent cannot be written to.
+void AskProvider(const std::string& file, std::chrono::nanoseconds limit);

@@ -1,7 +1,9 @@
 #include "Capabilities.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 
 #include "DynamicSocInfo/capabilities/KeyTable.h"
 #include "DynamicSocInfo/capabilities/SerializedCapability.h"
@@ -38,6 +40,18 @@ Json toValue(const T& field) {
   return field;
 }
 
+/// The number with the fewest digits that give the float back.
+Json toValue(float number) {
+  if (!std::isfinite(number)) {
+    return std::isnan(number) ? "NaN" : number < 0 ? "-Infinity" : "Infinity";
+  }
+  std::array<char, 32> digits;
+  const char* const end = std::to_chars(digits.begin(), digits.end(), number).ptr;
+  double value = 0;
+  std::from_chars(digits.begin(), end, value);
+  return value;
+}
+
 Json toValue(const NamedValue& element) {
   return {{"name", element.name}, {"value", element.value}};
 }
@@ -53,59 +67,32 @@ Json toValue(const std::map<std::uint32_t, T>& list) {
 }
 
 template <class Record>
-void addRows(std::vector<CapabilityRow>& rows, const Record& entry, const auto& sourceOf) {
-  constexpr std::uint32_t COMPONENT = KeyTable<Record>::COMPONENT;
+void addCapabilities(std::vector<Capability>& capabilities, const Record& entry) {
   for (std::uint32_t key = 0; key < KeyTable<Record>::FIELDS.size(); ++key) {
     visitField<Record>(
         key,
         [&]<class T>(T Record::*field) {
           static_assert(!TYPE_NAME<T>.empty());
-          rows.push_back({.component = ComponentName(COMPONENT),
-                          .key = key,
-                          .type = TYPE_NAME<T>,
-                          .value = toValue(entry.*field),
-                          .source = sourceOf(CapabilityKey{COMPONENT, key})});
+          capabilities.push_back(
+              {{KeyTable<Record>::COMPONENT, key}, TYPE_NAME<T>, toValue(entry.*field)});
         },
         [] {});
   }
 }
 
-/// The shortest digits that give the float back.
-std::string floatText(float number) {
-  std::array<char, 32> digits;
-  auto* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-  return {digits.data(), end};
-}
-
-std::string scalarText(const Json& value) {
-  if (value.is_number_float()) {
-    return floatText(value.get<float>());
-  }
-  return value.is_string() ? Quoted(value.get<std::string>()) : value.dump();
-}
-
-/// A value that is no list: a named one, or a scalar.
-std::string elementText(const Json& value) {
-  if (value.is_object()) {
-    return scalarText(value.at("name")) + ": " + scalarText(value.at("value"));
-  }
-  return scalarText(value);
-}
-
 }  // namespace
 
-std::vector<CapabilityRow> CapabilitiesOf(const SocInfo& record, const ProviderReport& provider) {
-  const auto sourceOf = [&](const CapabilityKey& key) -> std::string_view {
-    if (record.isKnownChip) {
-      return "catalogue";
-    }
-    return provider.answered.contains(key) ? "provider" : "default";
-  };
-  std::vector<CapabilityRow> rows;
-  addRows(rows, record.dsps.front(), sourceOf);
-  addRows(rows, record.gpus.front(), sourceOf);
-  addRows(rows, record.cpu, sourceOf);
-  return rows;
+std::vector<Capability> CapabilitiesOf(const SocInfo& record) {
+  std::vector<Capability> capabilities;
+  addCapabilities(capabilities, record.dsps.front());
+  addCapabilities(capabilities, record.gpus.front());
+  addCapabilities(capabilities, record.cpu);
+  return capabilities;
+}
+
+Capability CapabilityOf(const SocInfo& record, const CapabilityKey& id) {
+  const std::vector<Capability> all = CapabilitiesOf(record);
+  return *std::ranges::find(all, id, &Capability::id);
 }
 
 std::string_view ComponentName(std::uint32_t component) {
@@ -119,13 +106,12 @@ std::string_view ComponentName(std::uint32_t component) {
   }
 }
 
-std::string ValueText(const Json& value) {
-  if (!value.is_array()) {
-    return elementText(value);
-  }
-  std::string text = "[";
-  for (const Json& element : value) {
-    text += (text.size() > 1 ? ", " : "") + elementText(element);
-  }
-  return text + ']';
+std::string KeyText(const CapabilityKey& id) {
+  return std::string(ComponentName(id.component)) + ' ' + std::to_string(id.key);
+}
+
+std::string ValueText(const Json& row) {
+  const Json& value = row.at("value");
+  const bool isNoNumber = value.is_string() && row.at("type") == "f32";
+  return isNoNumber ? value.get<std::string>() : Compact(value);
 }

@@ -1,43 +1,37 @@
 #include "Capture.h"
 
 #include <cerrno>
-#include <cstdio>
-#include <span>
+#include <fstream>
 #include <sstream>
-#include <string>
+#include <string_view>
 #include <system_error>
 
 #include "IdentifyReport.h"
-#include "InputError.h"
 #include "MachineTables.h"
-#include "NewFile.h"
 #include "Output.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-void makeEmptyDirectory(const fs::path& directory) {
+/// Makes a directory that was not there: nobody else has put anything into it.
+void makeNewDirectory(const fs::path& directory) {
   std::error_code error;
-  fs::create_directories(directory, error);
+  if (directory.has_parent_path()) {
+    fs::create_directories(directory.parent_path(), error);
+  }
+  if (!error && !fs::create_directory(directory, error) && !error) {
+    throw InputError(directory, "exists; a capture takes a new directory");
+  }
   if (error) {
     throw InputError(directory, error.message());
-  }
-  const bool empty = fs::is_empty(directory, error);
-  if (error) {
-    throw InputError(directory, error.message());
-  }
-  if (!empty) {
-    throw InputError(directory, "not empty; a capture takes a new directory");
   }
 }
 
-void writeFile(const fs::path& path, std::span<const char> bytes) {
-  std::FILE* const file = CreateNewFile(path);
-  const bool written =
-      file != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-  const bool closed = file != nullptr && std::fclose(file) == 0;
-  if (!written || !closed) {
+void writeFile(const fs::path& path, std::string_view bytes) {
+  std::ofstream file(path, std::ios::binary);
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  if (!file.flush()) {
     throw InputError(path, std::generic_category().message(errno));
   }
 }
@@ -57,7 +51,7 @@ void Capture(const fs::path& directory) {
   std::ostringstream document;
   WriteDocument(document, ToJson(report));
 
-  makeEmptyDirectory(directory);
+  makeNewDirectory(directory);
   writeTable(directory / "FACP", tables.fadt);
   if (!tables.pptt.empty()) {
     writeTable(directory / "PPTT", tables.pptt);

@@ -6,8 +6,8 @@
 /// Writes this machine's FADT ("FACP"), its PPTT if it has one ("PPTT"), and "identify.json", the
 /// document of `identify`, which the two dumps reproduce. No other table: some hold licence keys.
 ///
-/// \param directory A new or empty one: beside older files the dumps could mean another machine.
-///                  A file or link that appears in it meanwhile is not written over.
+/// \param directory A new one: beside older files the dumps could mean another machine, and a link
+///                  in it could lead a program that runs as root to any file.
 /// Throws `InputError` otherwise, when the tables cannot be read, and when a file cannot be
 /// written.
 void Capture(const std::filesystem::path& directory);

@@ -11,7 +11,7 @@
 #include <system_error>
 
 #include "DynamicSocInfo/chip/AcpiTables.h"
-#include "InputError.h"
+#include "Output.h"
 #include "platform/WindowsApi.h"
 
 namespace fs = std::filesystem;

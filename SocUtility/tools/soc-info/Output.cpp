@@ -8,15 +8,10 @@ namespace {
 
 constexpr int LABEL_WIDTH = 13;
 
-std::string escaped(const Json& value) {
-  constexpr bool ONLY_ASCII = true;
-  return value.dump(-1, ' ', ONLY_ASCII, Json::error_handler_t::replace);
-}
-
 void writeLineByElement(std::ostream& out, const Json& array) {
   const char* separator = "[\n    ";
   for (const Json& element : array) {
-    out << separator << escaped(element);
+    out << separator << Compact(element);
     separator = ",\n    ";
   }
   out << "\n  ]";
@@ -31,14 +26,21 @@ void WriteDocument(std::ostream& out, const Json& object) {
     if (value.is_array() && !value.empty() && value.front().is_object()) {
       writeLineByElement(out, value);
     } else {
-      out << escaped(value);
+      out << Compact(value);
     }
     separator = ",\n  ";
   }
   out << "\n}\n";
 }
 
-std::string Quoted(std::string_view text) { return escaped(Json(text)); }
+std::string Compact(const Json& value) {
+  constexpr bool ONLY_ASCII = true;
+  return value.dump(-1, ' ', ONLY_ASCII, Json::error_handler_t::replace);
+}
+
+Json TextOrNull(std::string_view text) { return text.empty() ? Json(nullptr) : Json(text); }
+
+std::string Quoted(std::string_view text) { return Compact(Json(text)); }
 
 std::string Hex(std::uint64_t number, int digits) {
   std::ostringstream text;

@@ -5,8 +5,10 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <iosfwd>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -16,6 +18,12 @@ using Json = nlohmann::ordered_json;
 /// Writes an object as one document: a field a line, and a line for each object of an array.
 void WriteDocument(std::ostream& out, const Json& object);
 
+/// A value on one line.
+std::string Compact(const Json& value);
+
+/// Null for an empty text.
+Json TextOrNull(std::string_view text);
+
 /// `text` in double quotes, escaped as in JSON.
 std::string Quoted(std::string_view text);
 
@@ -24,3 +32,14 @@ std::string Hex(std::uint64_t number, int digits);
 
 /// Writes a label and what it says, texts aligned; a continuation line has an empty label.
 void WriteLine(std::ostream& out, std::string_view label, std::string_view text);
+
+/// The error for what the user gave: a file, a directory, a machine whose tables cannot be read.
+/// Ends the program with exit status 2 and its message on standard error.
+class InputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+
+  /// "`path`: `reason`", the path escaped.
+  InputError(const std::filesystem::path& path, const std::string& reason)
+      : std::runtime_error(Quoted(path.generic_string()) + ": " + reason) {}
+};

@@ -45,20 +45,20 @@ void addAnswered(std::set<CapabilityKey>& answered, std::uint32_t key) {
   }
 }
 
-template <class Record>
-void importComponent(ProviderLoader& provider, const ImportKeys& keys, Record& entry,
-                     ProviderReport& report) {
-  for (const std::uint8_t key : keys.required) {
-    if (TryImportKey(provider, key, entry)) {
-      addAnswered<Record>(report.answered, key);
-    } else {
-      report.missing.push_back({KeyTable<Record>::COMPONENT, key});
+void addOutcome(ProviderReport& report, const AskedKey& asked) {
+  if (!asked.answered) {
+    if (asked.required) {
+      report.missing.push_back({asked.component, asked.key});
     }
+    return;
   }
-  for (const std::uint8_t key : keys.optional) {
-    if (TryImportKey(provider, key, entry)) {
-      addAnswered<Record>(report.answered, key);
-    }
+  switch (asked.component) {
+    case DSP:
+      return addAnswered<DspInfo>(report.answered, asked.key);
+    case GPU:
+      return addAnswered<GpuInfo>(report.answered, asked.key);
+    default:
+      return addAnswered<CpuInfo>(report.answered, asked.key);
   }
 }
 
@@ -82,18 +82,18 @@ ProviderReport AttemptProvider(SocInfo& record) {
     return report;
   }
 
+  bool counts = false;
   try {
-    importComponent(provider, DSP_IMPORT_KEYS, record.dsps.front(), report);
-    importComponent(provider, CPU_IMPORT_KEYS, record.cpu, report);
-    importComponent(provider, GPU_IMPORT_KEYS, record.gpus.front(), report);
+    counts = ImportProviderCapabilities(provider, record,
+                                        [&](const AskedKey& asked) { addOutcome(report, asked); });
   } catch (...) {
     // What a provider lets out may be of a type of its own, which is gone once it is unloaded.
     report.state = ProviderState::FAILED;
     report.reason = "an exception ended the import";
     return report;
   }
-  report.state = report.missing.empty() ? ProviderState::IMPORTED : ProviderState::INCOMPLETE;
-  if (!report.missing.empty()) {
+  report.state = counts ? ProviderState::IMPORTED : ProviderState::INCOMPLETE;
+  if (!counts) {
     report.reason = "required keys missing";
   }
   return report;

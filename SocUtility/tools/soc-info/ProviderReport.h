@@ -1,24 +1,14 @@
 /// The provider attempt, made as the library makes it but told key by key.
 #pragma once
 
-#include <compare>
-#include <cstdint>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Capabilities.h"
 #include "DynamicSocInfo/capabilities/SocInfo.h"
 #include "DynamicSocInfo/provider/ProviderLoader.h"
-
-/// What a query asks for.
-struct CapabilityKey {
-  std::uint32_t component;
-  std::uint32_t key;
-
-  // NOLINTNEXTLINE(modernize-use-nullptr): it takes the 0 inside the comparison for a pointer
-  auto operator<=>(const CapabilityKey&) const = default;
-};
 
 /// How far the attempt came.
 enum class ProviderState {

@@ -9,10 +9,6 @@
 
 namespace {
 
-std::string keyText(const CapabilityKey& key) {
-  return std::string(ComponentName(key.component)) + ' ' + std::to_string(key.key);
-}
-
 std::string joined(const std::vector<std::string>& texts, std::string_view separator) {
   std::string line;
   for (const std::string& text : texts) {
@@ -24,7 +20,7 @@ std::string joined(const std::vector<std::string>& texts, std::string_view separ
 
 std::vector<std::string> missingTexts(const ProviderReport& provider) {
   std::vector<std::string> texts(provider.missing.size());
-  std::ranges::transform(provider.missing, texts.begin(), keyText);
+  std::ranges::transform(provider.missing, texts.begin(), KeyText);
   return texts;
 }
 
@@ -109,28 +105,44 @@ void writeProvider(std::ostream& out, const ProviderReport& provider) {
   WriteLine(out, "", "later ones with FAILURE (25); Soc_GetCapabilitySerialized always answers");
 }
 
-void writeTable(std::ostream& out, const std::vector<CapabilityRow>& rows) {
+void writeTable(std::ostream& out, const Json& rows) {
   // A longer value pushes its own source aside, not everyone's.
   constexpr std::size_t WIDEST = 32;
-  constexpr int TYPE_WIDTH = 19;
-  std::vector<std::string> values(rows.size());
-  std::ranges::transform(rows, values.begin(), ValueText, &CapabilityRow::value);
   std::size_t width = 0;
-  for (const std::string& value : values) {
-    width = std::max(width, std::min(value.size(), WIDEST));
+  for (const Json& row : rows) {
+    width = std::max(width, std::min(ValueText(row).size(), WIDEST));
   }
-
   const auto writeRow = [&](std::string_view component, std::string_view key, std::string_view type,
                             std::string_view value, std::string_view source) {
     out << std::left << std::setw(11) << component << std::right << std::setw(3) << key << "  "
-        << std::left << std::setw(TYPE_WIDTH) << type << std::setw(static_cast<int>(width)) << value
-        << "  " << source << '\n';
+        << std::left << std::setw(19) << type << std::setw(static_cast<int>(width)) << value << "  "
+        << source << '\n';
   };
   writeRow("component", "key", "type", "value", "source");
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    const CapabilityRow& row = rows[i];
-    writeRow(row.component, std::to_string(row.key), row.type, values[i], row.source);
+  for (const Json& row : rows) {
+    writeRow(row.at("component").get<std::string>(), row.at("key").dump(),
+             row.at("type").get<std::string>(), ValueText(row),
+             row.at("source").get<std::string>());
   }
+}
+
+/// An object for each capability.
+Json capabilitiesOf(const SocReport& report) {
+  const auto sourceOf = [&](const CapabilityKey& key) -> std::string_view {
+    if (report.identify.record.isKnownChip) {
+      return "catalogue";
+    }
+    return report.provider.answered.contains(key) ? "provider" : "default";
+  };
+  Json rows = Json::array();
+  for (const Capability& capability : CapabilitiesOf(report.identify.record)) {
+    rows.push_back({{"component", ComponentName(capability.id.component)},
+                    {"key", capability.id.key},
+                    {"type", capability.type},
+                    {"value", capability.value},
+                    {"source", sourceOf(capability.id)}});
+  }
+  return rows;
 }
 
 SocReport inspect(const MachineTables& tables) {
@@ -151,8 +163,6 @@ Json answersFrom(const SocReport& report) {
   return report.provider.state == ProviderState::IMPORTED ? "provider" : "unknownRow";
 }
 
-Json textOrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
-
 }  // namespace
 
 SocReport InspectThisMachine() {
@@ -171,7 +181,7 @@ void WriteText(std::ostream& out, const SocReport& report) {
   WriteLine(out, "answers", answersText(report));
   writeProvider(out, report.provider);
   out << '\n';
-  writeTable(out, CapabilitiesOf(report.identify.record, report.provider));
+  writeTable(out, capabilitiesOf(report));
 }
 
 Json ToJson(const SocReport& report) {
@@ -187,21 +197,14 @@ Json ToJson(const SocReport& report) {
                    {"answersFrom", answersFrom(report)},
                    {"provider",
                     {{"state", StateName(provider.state)},
-                     {"library", textOrNull(provider.library)},
+                     {"library", TextOrNull(provider.library)},
                      {"lookedFor", provider.lookedFor},
-                     {"reason", textOrNull(provider.reason)},
+                     {"reason", TextOrNull(provider.reason)},
                      {"missing", missingTexts(provider)}}},
                    {"scalarQueriesFail", LeavesQueriesFailing(provider.state)}};
   if (provider.state == ProviderState::NOT_ASKED) {
     document["scalarQueriesFail"] = nullptr;
   }
-  Json& capabilities = document["capabilities"] = Json::array();
-  for (const CapabilityRow& row : CapabilitiesOf(record, provider)) {
-    capabilities.push_back({{"component", row.component},
-                            {"key", row.key},
-                            {"type", row.type},
-                            {"value", row.value},
-                            {"source", row.source}});
-  }
+  document["capabilities"] = capabilitiesOf(report);
   return document;
 }

@@ -16,7 +16,6 @@
 #include "Capture.h"
 #include "CheckProvider.h"
 #include "IdentifyReport.h"
-#include "InputError.h"
 #include "MachineTables.h"
 #include "Output.h"
 #include "SocReport.h"
@@ -77,7 +76,7 @@ void addCapture(CLI::App& app) {
   CLI::App* const command = app.add_subcommand(
       "capture", "Save this machine's FADT and PPTT and what identify makes of them");
   auto directory = std::make_shared<std::string>();
-  command->add_option("DIR", *directory, "A new directory, or an empty one")->required();
+  command->add_option("DIR", *directory, "A new directory")->required();
   command->callback([directory] {
     Capture(*directory);
     std::cout << "captured in " << Quoted(*directory) << '\n';
@@ -103,19 +102,20 @@ void addCheckProvider(CLI::App& app) {
     if (!std::isfinite(options->seconds)) {
       throw InputError("--timeout takes a number");  // "nan" is in no range, and outside of none
     }
-    const std::chrono::duration<double> limit(options->seconds);
-    const ProviderCheck check =
-        CheckProvider(options->file, std::chrono::duration_cast<std::chrono::milliseconds>(limit));
-    write(check, *options);
-    if (!ImportCounts(check)) {
+    const Json check = CheckProvider(options->file, options->seconds);
+    options->json ? WriteDocument(std::cout, check) : WriteCheck(std::cout, check);
+    if (!check.at("importCounts").get<bool>()) {
       throw CLI::RuntimeError(FAILED);
     }
   });
 
   CLI::App* const child = app.add_subcommand("ask-provider")->group("");  // hidden
-  auto file = std::make_shared<std::string>();
-  child->add_option("FILE", *file)->required();
-  child->callback([file] { AskProvider(*file); });
+  child->add_option("FILE", options->file)->required();
+  child->add_option("SECONDS", options->seconds)->required();
+  child->callback([options] {
+    const std::chrono::duration<double> limit(options->seconds);
+    AskProvider(options->file, std::chrono::duration_cast<std::chrono::nanoseconds>(limit));
+  });
 }
 
 /// Options that stand before a subcommand would be read and mean nothing.

@@ -47,11 +47,14 @@ Wire readExactly(ProviderLoader& provider, std::uint32_t component, std::uint32_
 
 /// Stores what `read` returns; false, with `out` as it was, when the provider fails it.
 template <class Out, class Read>
-bool tryRead(Out& out, Read read) {
+bool tryRead(Out& out, std::string* failure, Read read) {
   try {
     out = read();
     return true;
-  } catch (const std::runtime_error&) {
+  } catch (const std::runtime_error& error) {
+    if (failure != nullptr) {
+      *failure = error.what();
+    }
     return false;
   }
 }
@@ -133,35 +136,39 @@ std::string ReadCapabilityString(ProviderLoader& provider, std::uint32_t compone
 }
 
 bool TryGetU64(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-               std::uint64_t& out) {
-  return tryRead(out, [&] { return readExactly<std::uint64_t>(provider, component, key); });
+               std::uint64_t& out, std::string* failure) {
+  return tryRead(out, failure,
+                 [&] { return readExactly<std::uint64_t>(provider, component, key); });
 }
 
 bool TryGetU32(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-               std::uint32_t& out) {
-  return tryRead(out, [&] {
+               std::uint32_t& out, std::string* failure) {
+  return tryRead(out, failure, [&] {
     return static_cast<std::uint32_t>(readExactly<std::uint64_t>(provider, component, key));
   });
 }
 
 bool TryGetU8(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-              std::uint8_t& out) {
-  return tryRead(out, [&] {
+              std::uint8_t& out, std::string* failure) {
+  return tryRead(out, failure, [&] {
     return static_cast<std::uint8_t>(readExactly<std::uint64_t>(provider, component, key));
   });
 }
 
-bool TryGetBool(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, bool& out) {
-  return tryRead(out, [&] { return readExactly<std::uint64_t>(provider, component, key) != 0; });
+bool TryGetBool(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, bool& out,
+                std::string* failure) {
+  return tryRead(out, failure,
+                 [&] { return readExactly<std::uint64_t>(provider, component, key) != 0; });
 }
 
-bool TryGetFloat(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, float& out) {
-  return tryRead(out, [&] { return readExactly<float>(provider, component, key); });
+bool TryGetFloat(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, float& out,
+                 std::string* failure) {
+  return tryRead(out, failure, [&] { return readExactly<float>(provider, component, key); });
 }
 
 bool TryGetU32List(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-                   std::vector<std::uint32_t>& out) {
-  return tryRead(out, [&] {
+                   std::vector<std::uint32_t>& out, std::string* failure) {
+  return tryRead(out, failure, [&] {
     const std::vector<std::uint64_t> elements = ReadU64Vector(provider, component, key);
     return decodeReported([&] {
       std::vector<std::uint32_t> values(elements.size());
@@ -174,6 +181,6 @@ bool TryGetU32List(ProviderLoader& provider, std::uint32_t component, std::uint3
 }
 
 bool TryGetString(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-                  std::string& out) {
-  return tryRead(out, [&] { return ReadCapabilityString(provider, component, key); });
+                  std::string& out, std::string* failure) {
+  return tryRead(out, failure, [&] { return ReadCapabilityString(provider, component, key); });
 }

@@ -2,9 +2,10 @@
 /// widths and decoding. Used by the imports, under the provider attempt's mutex.
 ///
 /// A call that fails throws `std::runtime_error` with a fixed message; the operations whose names
-/// begin with `Try` catch it, return false and leave `out` as it was. Nothing else is caught:
-/// memory running out is no answer of the provider's, except where a size that the provider
-/// reported is what memory cannot satisfy, which fails the call.
+/// begin with `Try` catch it, return false and leave `out` as it was. They copy the message to
+/// `failure` unless that is null. Nothing else is caught: memory running out is no answer of the
+/// provider's, except where a size that the provider reported is what memory cannot satisfy, which
+/// fails the call.
 #pragma once
 
 #include <cstddef>
@@ -39,19 +40,21 @@ std::string ReadCapabilityString(ProviderLoader& provider, std::uint32_t compone
 /// Integers and flags are answers of 8 bytes. Narrower types take their low bits, a flag whether
 /// any bit is set.
 bool TryGetU64(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-               std::uint64_t& out);
+               std::uint64_t& out, std::string* failure = nullptr);
 bool TryGetU32(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-               std::uint32_t& out);
+               std::uint32_t& out, std::string* failure = nullptr);
 bool TryGetU8(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-              std::uint8_t& out);
-bool TryGetBool(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, bool& out);
+              std::uint8_t& out, std::string* failure = nullptr);
+bool TryGetBool(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, bool& out,
+                std::string* failure = nullptr);
 
 /// An IEEE single-precision answer of 4 bytes.
-bool TryGetFloat(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, float& out);
+bool TryGetFloat(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, float& out,
+                 std::string* failure = nullptr);
 
 /// The low 32 bits of each element of a counted vector.
 bool TryGetU32List(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-                   std::vector<std::uint32_t>& out);
+                   std::vector<std::uint32_t>& out, std::string* failure = nullptr);
 
 bool TryGetString(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-                  std::string& out);
+                  std::string& out, std::string* failure = nullptr);

@@ -1,13 +1,11 @@
 #include "DynamicSocInfo/import/SystemInfoImport.h"
 
 #include <cstddef>
-#include <new>
 #include <utility>
 
 #include "DynamicSocInfo/capabilities/KeyTable.h"
-#include "DynamicSocInfo/capabilities/SerializedCapability.h"
+#include "DynamicSocInfo/import/KeyImport.h"
 #include "DynamicSocInfo/import/ProviderCalls.h"
-#include "DynamicSocInfo/import/ProviderImport.h"
 
 namespace {
 
@@ -43,7 +41,7 @@ GpuInfo importGpu(ProviderLoader& provider) {
 
 CpuInfo importCpu(ProviderLoader& provider) {
   CpuInfo cpu;
-  for (const std::uint8_t key : CPU_IMPORT_KEYS.optional) {
+  for (const std::uint32_t key : {1, 2}) {
     TryImportKey(provider, key, cpu);
   }
   return cpu;
@@ -77,28 +75,3 @@ bool TryGetSerializedBytes(ProviderLoader& provider, std::uint32_t component, st
     }
   }
 }
-
-template <class List>
-void ImportSerializedList(ProviderLoader& provider, std::uint32_t key, List& field,
-                          std::vector<std::uint8_t>& buffer) {
-  List* const target = &field;
-  bool imported = false;
-  try {
-    imported = TryGetSerializedBytes(provider, DSP, key, buffer) &&
-               deserialize<List>(buffer.data(), buffer.size(), {&target, 1});
-  } catch (const std::bad_alloc&) {
-    // The list is as long as the provider chose to make it: too long for memory is malformed.
-  }
-  if (!imported) {
-    field.clear();
-  }
-}
-
-template void ImportSerializedList(ProviderLoader&, std::uint32_t, U32List&,
-                                   std::vector<std::uint8_t>&);
-template void ImportSerializedList(ProviderLoader&, std::uint32_t, U32Positions&,
-                                   std::vector<std::uint8_t>&);
-template void ImportSerializedList(ProviderLoader&, std::uint32_t, NameList&,
-                                   std::vector<std::uint8_t>&);
-template void ImportSerializedList(ProviderLoader&, std::uint32_t, NamedValues&,
-                                   std::vector<std::uint8_t>&);

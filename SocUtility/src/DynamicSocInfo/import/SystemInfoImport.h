@@ -5,10 +5,13 @@
 #pragma once
 
 #include <cstdint>
+#include <new>
 #include <vector>
 
+#include "DynamicSocInfo/capabilities/SerializedCapability.h"
 #include "DynamicSocInfo/capabilities/SocInfo.h"
 #include "DynamicSocInfo/provider/ProviderLoader.h"
+#include "ZynSystemInfo.h"
 
 /// Replaces the record's DSPs, GPUs and CPU values by the provider's. A key that it does not answer
 /// gets its default. Always true. Throws `std::bad_alloc`, with the record as it was.
@@ -21,7 +24,20 @@ bool TryGetSerializedBytes(ProviderLoader& provider, std::uint32_t component, st
 
 /// Fetches one list of the DSP into `field`, one of the list field types of `DspInfo`; a list that
 /// is not answered, or is malformed, becomes empty. `buffer` is scratch, used by one list after
-/// another.
+/// another. Returns whether the list was taken.
 template <class List>
-void ImportSerializedList(ProviderLoader& provider, std::uint32_t key, List& field,
-                          std::vector<std::uint8_t>& buffer);
+bool ImportSerializedList(ProviderLoader& provider, std::uint32_t key, List& field,
+                          std::vector<std::uint8_t>& buffer) {
+  List* const target = &field;
+  bool imported = false;
+  try {
+    imported = TryGetSerializedBytes(provider, DSP, key, buffer) &&
+               deserialize<List>(buffer.data(), buffer.size(), {&target, 1});
+  } catch (const std::bad_alloc&) {
+    // The list is as long as the provider chose to make it: too long for memory is malformed.
+  }
+  if (!imported) {
+    field.clear();
+  }
+  return imported;
+}
