@@ -47,7 +47,7 @@ void endLateStep() {
     std::this_thread::sleep_until(stepEnd.load());
   }
   constexpr std::string_view LINE = "{\"hung\":true}\n";
-  std::fwrite(LINE.data(), 1, LINE.size(), parent);
+  (void)std::fwrite(LINE.data(), 1, LINE.size(), parent);
   EndAtOnce();
 }
 

@@ -41,7 +41,7 @@ GpuInfo importGpu(ProviderLoader& provider) {
 
 CpuInfo importCpu(ProviderLoader& provider) {
   CpuInfo cpu;
-  for (const std::uint32_t key : {1, 2}) {
+  for (const std::uint32_t key : {1U, 2U}) {
     TryImportKey(provider, key, cpu);
   }
   return cpu;
