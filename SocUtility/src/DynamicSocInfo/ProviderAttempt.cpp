@@ -8,8 +8,8 @@
 
 namespace {
 
-/// Held for the whole of every attempt: two imports never run at once, and the dynamic library
-/// layer and the provider calls rely on it.
+/// Locked during an attempt, so at most one import runs. The dynamic library layer and the provider
+/// calls need that.
 std::mutex providerMutex;
 
 /// The thread that holds the mutex. Unlike a thread-local mark it never allocates.

@@ -1,5 +1,5 @@
-/// The provider attempt: for a chip that the catalogue does not know, each query function tries
-/// once to import a provider's answers into its record.
+/// The provider attempt. A chip outside the catalogue is described by a provider library, if there
+/// is one: each query function tries once to import its answers.
 #pragma once
 
 #include <atomic>

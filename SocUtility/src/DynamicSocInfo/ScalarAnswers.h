@@ -59,8 +59,8 @@ inline constexpr ScalarTable<ScalarForm> SCALAR_FORMS = [] {
   return forms;
 }();
 
-/// The form of a query. The key is matched on its low 32 bits, but only a whole key has a minimum
-/// of its own.
+/// The form of a query. Only the low 32 bits of `key` select the capability, but a key above them
+/// has no minimum of its own.
 constexpr ScalarForm ScalarFormOf(std::uint64_t component, std::uint64_t key) noexcept {
   if (component - DSP >= SCALAR_FORMS.size()) {
     return {};

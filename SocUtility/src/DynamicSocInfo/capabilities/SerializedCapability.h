@@ -1,8 +1,8 @@
 /// The serialized capability format: how the list capabilities travel between libraries.
 ///
-/// A buffer is a bare array of entries of one size, laid end to end; all integers are unsigned
-/// 32-bit little-endian. Every entry begins with the index of the DSP that it belongs to. The
-/// writer answers a list query of this library, the reader takes the answer of another library.
+/// A buffer holds entries of one size without padding, and nothing else. Integers are `uint32_t`,
+/// little-endian. The first field of an entry is the index of its DSP. The writer answers a list
+/// query of this library; the reader takes another library's answer.
 ///
 /// `List` is one of the four list field types of `DspInfo`:
 ///

@@ -1,7 +1,7 @@
-/// The capability record: everything the library knows about the machine's system-on-chip.
+/// The capability record: what the library knows about one chip.
 ///
-/// The catalogue builds one, the provider imports write into it, the query functions read it.
-/// Fields are named after the key that answers them; `KeyTable.h` binds the two. All records are
+/// The catalogue builds it, the imports write it, the queries read it. The number in a field's name
+/// is its key; `KeyTable.h` binds the two. All records are
 /// values: a copy shares nothing with its source.
 #pragma once
 
@@ -20,7 +20,7 @@ struct NamedValue {
 };
 
 // The list field types of `DspInfo`. A list held as a map has the entry's position in the list (0,
-// 1, 2, ...) as its key, in the order in which the entries arrived.
+// 1, 2, ...) as its key, in order of arrival.
 using U32List = std::vector<std::uint32_t>;                   ///< `cap16`
 using U32Positions = std::map<std::uint32_t, std::uint32_t>;  ///< `cap46`
 using NameList = std::vector<std::string>;                    ///< `cap47`
