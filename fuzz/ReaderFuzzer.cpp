@@ -68,13 +68,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       read<U32List>(bytes, targets, 8, {7, 8});
       break;
     case 1:
-      read<U32Positions>(bytes, targets, 8, {{0, 7}});
+      read<U32ByPosition>(bytes, targets, 8, {{0, 7}});
       break;
     case 2:
       read<NameList>(bytes, targets, 36, {"former"});
       break;
     default:
-      read<NamedValues>(bytes, targets, 40, {{0, {"former", 7}}});
+      read<NamedValuesByPosition>(bytes, targets, 40, {{0, {"former", 7}}});
   }
   return 0;
 }

@@ -47,12 +47,14 @@ TEST(SerializedList, HasExactlyTheseBytes) {
   const std::string longest(31, 'x');
   expectBytes<U32List>({{5, 6}}, halfWords({0, 5, 0, 6}));
   expectBytes<U32List>({{0xFFFFFFFF}, {}, {7, 8}}, halfWords({0, 0xFFFFFFFF, 2, 7, 2, 8}));
-  expectBytes<U32Positions>({{{0, 9}}, {{0, 7}, {1, 3}}}, halfWords({0, 9, 1, 7, 1, 3}));
+  expectBytes<U32ByPosition>({{{0, 9}}, {{0, 7}, {1, 3}}}, halfWords({0, 9, 1, 7, 1, 3}));
   expectBytes<NameList>({{"ab", longest}, {""}}, halfWords({0}) + name("ab") + halfWords({0}) +
                                                      name(longest) + halfWords({1}) + name(""));
-  expectBytes<NamedValues>({{{0, {"ab", 7}}}}, Bytes{0, 0, 0, 0, 7, 0, 0, 0, 'a', 'b'} + Bytes(30));
-  expectBytes<NamedValues>({{}, {{0, {longest, 1}}, {1, {"b", 2}}}},
-                           halfWords({1, 1}) + name(longest) + halfWords({1, 2}) + name("b"));
+  expectBytes<NamedValuesByPosition>({{{0, {"ab", 7}}}},
+                                     Bytes{0, 0, 0, 0, 7, 0, 0, 0, 'a', 'b'} + Bytes(30));
+  expectBytes<NamedValuesByPosition>(
+      {{}, {{0, {longest, 1}}, {1, {"b", 2}}}},
+      halfWords({1, 1}) + name(longest) + halfWords({1, 2}) + name("b"));
 }
 
 /// The list that a reader of the first DSP's entries makes of `bytes`, or nothing when it refuses
@@ -88,14 +90,14 @@ void expectReader(const List& list, Entry entry) {
 TEST(SerializedReader, TakesWellFormedEntriesOfItsDspsAndNothingElse) {
   const auto number = [](std::uint32_t dsp, const Bytes&) { return halfWords({dsp, 7}); };
   expectReader<U32List>({7, 7}, number);
-  expectReader<U32Positions>({{0, 7}, {1, 7}}, number);
+  expectReader<U32ByPosition>({{0, 7}, {1, 7}}, number);
   expectReader<NameList>({"ab", "ab"}, [](std::uint32_t dsp, const Bytes& text) {
     return halfWords({dsp}) + padded(text, 32, 'z');
   });
-  expectReader<NamedValues>({{0, {"ab", 7}}, {1, {"ab", 7}}},
-                            [](std::uint32_t dsp, const Bytes& text) {
-                              return halfWords({dsp, 7}) + padded(text, 32, 'z');
-                            });
+  expectReader<NamedValuesByPosition>({{0, {"ab", 7}}, {1, {"ab", 7}}},
+                                      [](std::uint32_t dsp, const Bytes& text) {
+                                        return halfWords({dsp, 7}) + padded(text, 32, 'z');
+                                      });
 }
 
 }  // namespace

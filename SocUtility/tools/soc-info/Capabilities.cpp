@@ -29,11 +29,11 @@ constexpr std::string_view TYPE_NAME<std::string> = "string";
 template <>
 constexpr std::string_view TYPE_NAME<U32List> = "list of u32";
 template <>
-constexpr std::string_view TYPE_NAME<U32Positions> = "list of u32";
+constexpr std::string_view TYPE_NAME<U32ByPosition> = "list of u32";
 template <>
 constexpr std::string_view TYPE_NAME<NameList> = "list of string";
 template <>
-constexpr std::string_view TYPE_NAME<NamedValues> = "list of named u32";
+constexpr std::string_view TYPE_NAME<NamedValuesByPosition> = "list of named u32";
 
 template <class T>
 Json toValue(const T& field) {

@@ -24,8 +24,8 @@ struct KeyTable<DspInfo> {
 
   using Field = std::variant<std::monostate, std::int32_t DspInfo::*, std::uint32_t DspInfo::*,
                              std::uint64_t DspInfo::*, std::uint8_t DspInfo::*, bool DspInfo::*,
-                             float DspInfo::*, U32List DspInfo::*, U32Positions DspInfo::*,
-                             NameList DspInfo::*, NamedValues DspInfo::*>;
+                             float DspInfo::*, U32List DspInfo::*, U32ByPosition DspInfo::*,
+                             NameList DspInfo::*, NamedValuesByPosition DspInfo::*>;
 
   static constexpr std::array<Field, 49> FIELDS = {
       std::monostate{}, &DspInfo::cap1,  &DspInfo::cap2,  &DspInfo::cap3,  &DspInfo::cap4,
@@ -72,7 +72,7 @@ struct KeyTable<CpuInfo> {
 /// `onNone` without arguments when the key is no capability. Both return the same type.
 template <class Record, class OnField, class OnNone>
 constexpr auto visitField(std::uint64_t key, OnField onField, OnNone onNone) {
-  constexpr const auto& fields = KeyTable<Record>::FIELDS;
+  constexpr const auto& FIELDS = KeyTable<Record>::FIELDS;
   return std::visit(
       [&]<class Member>(Member field) {
         if constexpr (std::is_same_v<Member, std::monostate>) {
@@ -81,7 +81,7 @@ constexpr auto visitField(std::uint64_t key, OnField onField, OnNone onNone) {
           return onField(field);
         }
       },
-      fields[key < fields.size() ? key : 0]);
+      FIELDS[key < FIELDS.size() ? key : 0]);
 }
 
 /// Whether a field of type `T` is a list, answered by the serialized query only.

@@ -151,11 +151,11 @@ bool deserialize(const void* data, std::size_t length, std::span<List* const> ta
 }
 
 template bool serialize(void*, std::uint64_t*, std::span<const U32List* const>);
-template bool serialize(void*, std::uint64_t*, std::span<const U32Positions* const>);
+template bool serialize(void*, std::uint64_t*, std::span<const U32ByPosition* const>);
 template bool serialize(void*, std::uint64_t*, std::span<const NameList* const>);
-template bool serialize(void*, std::uint64_t*, std::span<const NamedValues* const>);
+template bool serialize(void*, std::uint64_t*, std::span<const NamedValuesByPosition* const>);
 
 template bool deserialize(const void*, std::size_t, std::span<U32List* const>);
-template bool deserialize(const void*, std::size_t, std::span<U32Positions* const>);
+template bool deserialize(const void*, std::size_t, std::span<U32ByPosition* const>);
 template bool deserialize(const void*, std::size_t, std::span<NameList* const>);
-template bool deserialize(const void*, std::size_t, std::span<NamedValues* const>);
+template bool deserialize(const void*, std::size_t, std::span<NamedValuesByPosition* const>);

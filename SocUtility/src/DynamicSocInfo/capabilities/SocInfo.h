@@ -1,8 +1,8 @@
 /// The capability record: what the library knows about one chip.
 ///
 /// The catalogue builds it, the imports write it, the queries read it. The number in a field's name
-/// is its key; `KeyTable.h` binds the two. All records are
-/// values: a copy shares nothing with its source.
+/// is its key; `KeyTable.h` binds the two. All records are values: a copy shares nothing with its
+/// source.
 #pragma once
 
 #include <cstdint>
@@ -21,10 +21,10 @@ struct NamedValue {
 
 // The list field types of `DspInfo`. A list held as a map has the entry's position in the list (0,
 // 1, 2, ...) as its key, in order of arrival.
-using U32List = std::vector<std::uint32_t>;                   ///< `cap16`
-using U32Positions = std::map<std::uint32_t, std::uint32_t>;  ///< `cap46`
-using NameList = std::vector<std::string>;                    ///< `cap47`
-using NamedValues = std::map<std::uint32_t, NamedValue>;      ///< `cap48`
+using U32List = std::vector<std::uint32_t>;                         ///< `cap16`
+using U32ByPosition = std::map<std::uint32_t, std::uint32_t>;       ///< `cap46`
+using NameList = std::vector<std::string>;                          ///< `cap47`
+using NamedValuesByPosition = std::map<std::uint32_t, NamedValue>;  ///< `cap48`
 
 /// The processor.
 struct CpuInfo {
@@ -84,9 +84,9 @@ struct DspInfo {
   bool cap39 = false;
   std::int32_t cap41 = 0;
   std::int32_t cap45 = 0;
-  U32Positions cap46;
+  U32ByPosition cap46;
   NameList cap47;
-  NamedValues cap48;
+  NamedValuesByPosition cap48;
   std::uint32_t cap15 = 0x7FFFFFFF;
   U32List cap16;
   std::uint32_t cap18 = 0;
