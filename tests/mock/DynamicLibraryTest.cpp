@@ -33,10 +33,14 @@ TEST(DynamicLibrary, TellsEachFailureByItsMessage) {
   const auto symbol = [](const char* name) -> Operation {
     return [=](void* resident) { return find(resident, name) != 0; };
   };
-  const Operation path = [](void*) {
-    std::string older = "older";
-    return dlModulePath(EARLIER, older) != 0 || !older.empty();
+  const auto path = [](const void* address, const std::string& ownPath = "resident") -> Operation {
+    return [=](void* resident) {
+      static_cast<Machine::Module*>(resident)->name = ownPath;
+      std::string found = "older";
+      return dlModulePath(address, found) != 0 || !found.empty();
+    };
   };
+  const std::string tooLong(MAX_PATH, 'd');
   constexpr const char* NO_NAME = "filename is null or empty";
   constexpr const char* FLAGS = "flags must either include DL_NOW or only specify DL_NOLOAD";
   const Calls undone{LIST_SIZE, "LoadLibraryExA 8 lib", LIST_SIZE, "FreeLibrary lib"};
@@ -61,14 +65,19 @@ TEST(DynamicLibrary, TellsEachFailureByItsMessage) {
       {symbol("f"), "malloc failed", {LIST_SIZE}, 0, 1},
       {symbol("f"), "enumerate modules failed after memory allocation", {LIST_SIZE, LIST}, 2},
       {symbol("g"), "can't resolve symbol", {LIST_SIZE, LIST, "GetProcAddress resident g"}},
-      {path, "Failed to get module handle", {"GetModuleHandleExA 6"}, 1},
-      {path, "Failed to get module file name", pathCalls, 2},
+      {path(nullptr), EARLIER, {}},
+      {path(EARLIER), "Failed to get module handle", {"GetModuleHandleExA 6"}, 1},
+      {path(EARLIER), "Failed to get module file name", pathCalls, 2},
+      {path(EARLIER, tooLong),
+       "Failed to get module file name",
+       {"GetModuleHandleExA 6", "GetModuleFileNameA " + tooLong}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.message);
     Machine machine;
     machine.modules = {{"resident", {{"f", 1}}}, {"other", {{"g", 2}}}, {"lib", {}, false}};
     machine.ownModule = &machine.modules.front();
+    machine.cutsPathsSilently = true;
     machine.failingCall = row.failingCall;
     leaveEarlierMessage();
     const AllocationFault fault(row.failingAllocation);

@@ -51,6 +51,7 @@ struct Machine {
   WideString windir;
   std::map<DWORD, Table> firmware;
   DWORD lastError = ERROR_SUCCESS;
+  bool cutsPathsSilently = false;  ///< Without a terminator and without an error.
   int failingCall = 0;  ///< Which call fails, from 1; the closing of handles does not count.
   /// Runs before a call is answered, to change the machine under the library's feet.
   std::function<void(const std::string& call)> before = [](const std::string&) {};

@@ -116,6 +116,9 @@ BOOL GetModuleHandleExA(DWORD flags, LPCSTR, HMODULE* module) {
 DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
   const std::string& name = moduleOf(module).name;
   const Call call("GetModuleFileNameA", name);
+  if (name.size() >= size && machine().cutsPathsSilently) {
+    return static_cast<DWORD>(name.copy(path, size));
+  }
   if (name.size() >= size) {
     machine().lastError = ERROR_INSUFFICIENT_BUFFER;
   }

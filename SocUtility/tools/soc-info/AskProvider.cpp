@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <stdexcept>
 #include <thread>
 
@@ -117,17 +116,16 @@ void import(ProviderLoader& loader) {
 void AskProvider(const std::string& file, std::chrono::nanoseconds limit) {
   parent = OpenStreamToParent();
   stepLimit = std::chrono::duration_cast<Clock::duration>(limit);
-  const std::filesystem::path path(file);
   {
     ProviderLoader loader;
     beginStep("load");
     std::thread(endLateStep).detach();
-    if (!loader.Load(path.parent_path().string(), path.filename().string())) {
+    // A build may be checked before it has the name that the library looks for.
+    if (!loader.Load(file, SERVICE_UTILS_LIBRARY)) {
       const std::string code = std::to_string(GetLastError());
       write({{"loadError", std::string(dlError()) + ", error " + code}});
       return;
     }
-    loader.libraryName = SERVICE_UTILS_LIBRARY;  // a build may be checked before it is named so
     const std::string_view rejection = WhyRejected(loader);
     write({{"accepted", rejection.empty()}, {"reason", TextOrNull(rejection)}});
     if (rejection.empty()) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <optional>
 #include <ostream>
@@ -19,8 +18,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uintmax_t LARGEST_DUMP = std::uintmax_t{16} << 20;
-constexpr std::size_t HEADER_LENGTH_OFFSET = 4;
-constexpr std::size_t HEADER_SIZE = 36;
 
 struct DumpNames {
   std::string_view signature;
@@ -68,12 +65,8 @@ std::vector<std::uint8_t> readFile(const fs::path& path) {
 }
 
 bool isCutShort(const std::vector<std::uint8_t>& table) {
-  if (table.size() < HEADER_SIZE) {
-    return true;
-  }
-  std::uint32_t claimed = 0;
-  std::memcpy(&claimed, table.data() + HEADER_LENGTH_OFFSET, sizeof claimed);
-  return claimed > table.size();
+  const std::optional<std::uint32_t> claimed = ClaimedLength(table);
+  return !claimed || *claimed > table.size();
 }
 
 std::vector<std::uint8_t> readDump(const fs::path& path, std::string_view signature,

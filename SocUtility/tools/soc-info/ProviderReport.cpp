@@ -19,16 +19,6 @@ std::string modulePathOf(Function* address) {
   return path;
 }
 
-/// What the loader looks for, in its order.
-std::vector<std::string> candidates() {
-  std::vector<std::string> names;
-  if (const std::string own = modulePathOf(&AttemptProvider); !own.empty()) {
-    names.push_back(joinPath(directoryOf(own), SERVICE_UTILS_LIBRARY));
-  }
-  names.emplace_back(SERVICE_UTILS_LIBRARY);
-  return names;
-}
-
 std::string lastLoaderError() {
   const char* const message = dlError();
   return message != nullptr ? message : "";
@@ -66,7 +56,9 @@ void addOutcome(ProviderReport& report, const AskedKey& asked) {
 
 ProviderReport AttemptProvider(SocInfo& record) {
   ProviderReport report;
-  report.lookedFor = candidates();
+  for (const ProviderCandidate& candidate : ProviderCandidates(ServiceUtilsOnly, OwnDirectory())) {
+    report.lookedFor.push_back(candidate.path);
+  }
   ProviderLoader provider(ServiceUtilsOnly);
   if (provider.handle == nullptr) {
     report.state = ProviderState::NOT_FOUND;

@@ -61,6 +61,13 @@ TableBytes FirmwareTables::Read(std::uint32_t tableId) noexcept {
   return count > capacity_ ? TableBytes{} : TableBytes{buffer_.get(), count};
 }
 
+std::optional<std::uint32_t> ClaimedLength(TableBytes table) noexcept {
+  if (table.size() < HEADER_SIZE) {
+    return std::nullopt;
+  }
+  return numberAt<std::uint32_t>(table, HEADER_LENGTH_OFFSET);
+}
+
 std::optional<std::uint32_t> FadtOemRevision(TableBytes fadt) noexcept {
   if (fadt.size() < HEADER_OEM_REVISION_OFFSET + sizeof(std::uint32_t)) {
     return std::nullopt;
@@ -69,11 +76,11 @@ std::optional<std::uint32_t> FadtOemRevision(TableBytes fadt) noexcept {
 }
 
 std::optional<PpttIdStructure> FindPpttIdStructure(TableBytes pptt) noexcept {
-  if (pptt.size() < HEADER_SIZE) {
+  const std::optional<std::uint32_t> claimed = ClaimedLength(pptt);
+  if (!claimed) {
     return std::nullopt;
   }
-  const std::size_t claimed = numberAt<std::uint32_t>(pptt, HEADER_LENGTH_OFFSET);
-  const TableBytes table = pptt.first(std::min(claimed, pptt.size()));
+  const TableBytes table = pptt.first(std::min<std::size_t>(*claimed, pptt.size()));
 
   std::size_t offset = HEADER_SIZE;
   while (offset + STRUCTURE_HEADER_SIZE <= table.size()) {

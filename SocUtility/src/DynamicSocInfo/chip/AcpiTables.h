@@ -30,6 +30,9 @@ class FirmwareTables {
   std::unique_ptr<std::uint8_t[]> buffer_;
 };
 
+/// The length in bytes that a table's header claims, or nothing when the header is cut.
+std::optional<std::uint32_t> ClaimedLength(TableBytes table) noexcept;
+
 /// The FADT's OEM Revision, or nothing when the table is too short to hold one.
 std::optional<std::uint32_t> FadtOemRevision(TableBytes fadt) noexcept;
 

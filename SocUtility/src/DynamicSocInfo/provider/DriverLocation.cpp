@@ -1,12 +1,10 @@
 #include "DynamicSocInfo/provider/DriverLocation.h"
 
-#include <cstdlib>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <type_traits>
-
-#include "DynamicSocInfo/provider/OwnedBlock.h"
 
 namespace {
 
@@ -48,8 +46,7 @@ WideString serviceBinaryPath(LPCWSTR serviceName) {
   }
   const std::unique_ptr<void, FreeLocal> block(LocalAlloc(LMEM_FIXED, size));
   auto* const config = static_cast<LPQUERY_SERVICE_CONFIGW>(block.get());
-  if (config == nullptr || size < sizeof *config ||
-      QueryServiceConfigW(service.get(), config, size, &size) == FALSE ||
+  if (config == nullptr || QueryServiceConfigW(service.get(), config, size, &size) == FALSE ||
       config->lpBinaryPathName == nullptr) {
     return {};
   }
@@ -66,7 +63,7 @@ WideString environmentVariable(LPCWSTR name) {
   if (GetEnvironmentVariableW(name, buffer.data(), size) == 0) {
     return {};
   }
-  return buffer.substr(0, buffer.find(WCHAR{}));  // it may have become shorter meanwhile
+  return buffer.substr(0, buffer.find(WCHAR{}));  // it may be shorter than its size was
 }
 
 KeyHandle openLocalMachineKey(const std::string& path) {
@@ -77,22 +74,26 @@ KeyHandle openLocalMachineKey(const std::string& path) {
   return KeyHandle(key);
 }
 
+/// Reads a value of this type into `size` bytes; a null `data` asks for the value's size.
+bool readValue(const KeyHandle& key, LPCSTR name, DWORD type, void* data, DWORD& size) {
+  return key && RegGetValueA(key.get(), nullptr, name, type, nullptr, data, &size) == ERROR_SUCCESS;
+}
+
 /// The device instance path of the accelerator's first device, if there is one.
 std::optional<std::string> acceleratorInstancePath() {
+  constexpr WideView SERVICE = ACCELERATOR_SERVICE;  // all of it is ASCII
   const KeyHandle devices =
-      openLocalMachineKey("SYSTEM\\CurrentControlSet\\Services\\rztvamcdm\\Enum");
+      openLocalMachineKey("SYSTEM\\CurrentControlSet\\Services\\" +
+                          std::string(SERVICE.begin(), SERVICE.end()) + "\\Enum");
   DWORD size = 0;
-  if (!devices || RegGetValueA(devices.get(), nullptr, "0", RRF_RT_REG_SZ, nullptr, nullptr,
-                               &size) != ERROR_SUCCESS) {
+  if (!readValue(devices, "0", RRF_RT_REG_SZ, nullptr, size)) {
     return std::nullopt;
   }
-  const OwnedBlock<char> text(static_cast<char*>(std::malloc(size)));
-  if (!text || RegGetValueA(devices.get(), nullptr, "0", RRF_RT_REG_SZ, nullptr, text.get(),
-                            &size) != ERROR_SUCCESS) {
+  const std::unique_ptr<char[]> text(new (std::nothrow) char[std::size_t{size} + 1]());
+  if (!text || !readValue(devices, "0", RRF_RT_REG_SZ, text.get(), size)) {
     return std::nullopt;
   }
-  const std::string_view bytes(text.get(), size);
-  return std::string(bytes.substr(0, bytes.find('\0')));
+  return text.get();
 }
 
 }  // namespace
@@ -133,15 +134,10 @@ bool acceleratorRemoteCallsEnabled() {
   const KeyHandle info = openLocalMachineKey("SYSTEM\\CurrentControlSet\\Enum\\" + *instancePath +
                                              "\\Device Parameters\\TVAM\\INFO");
   constexpr LPCSTR MARKING = "LumarixEnabledDSPInfo";
-  DWORD size = 0;
-  if (!info || RegGetValueA(info.get(), nullptr, MARKING, RRF_RT_REG_BINARY, nullptr, nullptr,
-                            &size) != ERROR_SUCCESS) {
-    return false;
-  }
   BYTE marking = 0;
-  return size == sizeof marking &&
-         RegGetValueA(info.get(), nullptr, MARKING, RRF_RT_REG_BINARY, nullptr, &marking, &size) ==
-             ERROR_SUCCESS &&
+  DWORD size = 0;
+  return readValue(info, MARKING, RRF_RT_REG_BINARY, nullptr, size) && size == sizeof marking &&
+         readValue(info, MARKING, RRF_RT_REG_BINARY, &marking, size) &&
          marking == REMOTE_CALLS_ENABLED;
 }
 
@@ -153,7 +149,7 @@ std::string wideToUtf8(const WideString& text) {
   if (size <= 0) {
     return {};
   }
-  // The size counts the terminator, which a string has room for beyond its length.
+  // The size counts the terminator, which the string's own takes the place of.
   std::string bytes(static_cast<std::size_t>(size) - 1, '\0');
   if (WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, bytes.data(), size, nullptr, nullptr) <=
       0) {

@@ -1,8 +1,8 @@
-/// Driver location: the directory of the chip's driver package, as the service that loads the
-/// driver tells it. The provider loader looks there for a system-info provider.
+/// Driver location: finds the directory of the chip's driver package through the service that loads
+/// the driver. The provider loader looks there for a system-info provider.
 ///
-/// No operation reports an error: whatever the platform refuses ends in an empty directory or
-/// false. Every operation may throw `std::bad_alloc`.
+/// No operation reports an error: when the platform refuses anything, the result is empty or false.
+/// Every operation may throw `std::bad_alloc`.
 #pragma once
 
 #include <string>
@@ -11,15 +11,15 @@
 
 using WideString = std::basic_string<WCHAR>;
 
-/// The driver package's directory, UTF-8, with backslashes and without a trailing one; empty when
-/// it was not found. Located once per process, by the first caller; further ones wait for it.
+/// The driver package's directory in UTF-8, with backslashes and none at the end; empty when it was
+/// not found. The first caller in the process locates it; callers on other threads wait.
 std::string driverPackageDirectory();
 
-/// Locates the directory afresh: the accelerator driver's if the registry enables remote calls for
-/// the device, otherwise the DSP remote-call driver's.
+/// Locates the directory: the accelerator driver's if the registry enables remote calls for the
+/// device, otherwise the DSP remote-call driver's.
 std::string locateDriverDirectory();
 
-/// The directory of a service's binary, if it lies under the system root, with the root expanded.
+/// The directory of a service's binary, with the system root expanded; empty for any other path.
 std::string serviceBinaryDirectory(LPCWSTR serviceName);
 
 /// Whether the registry marks the accelerator's first device for remote calls.

@@ -1,13 +1,13 @@
 #include "DynamicSocInfo/provider/DynamicLibrary.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
+#include <new>
+#include <optional>
 #include <set>
 #include <span>
 #include <type_traits>
 
-#include "DynamicSocInfo/provider/OwnedBlock.h"
 #include "platform/WindowsApi.h"
 
 namespace {
@@ -17,27 +17,29 @@ thread_local const char* dlLastError = nullptr;
 /// The modules that `DL_DEFAULT` lookups pass over.
 std::set<void*> localModules;
 
-/// Records a failure's message. Returns null, which most operations answer then.
+/// Stores a failure's message. Returns null, which is the result of most operations then.
 std::nullptr_t fail(const char* message) {
   dlLastError = message;
   return nullptr;
 }
 
-struct ModuleRelease {
+struct ReleaseModule {
   void operator()(HMODULE module) const { FreeLibrary(module); }
 };
-using OwnedModule = std::unique_ptr<std::remove_pointer_t<HMODULE>, ModuleRelease>;
+using ModuleReference = std::unique_ptr<std::remove_pointer_t<HMODULE>, ReleaseModule>;
 
-/// Learns the size in bytes of the process's module list.
-bool moduleListSize(DWORD& size) {
-  return K32EnumProcessModules(GetCurrentProcess(), nullptr, 0, &size) != FALSE;
+/// The size in bytes of the process's module list.
+std::optional<DWORD> moduleListSize() {
+  DWORD size = 0;
+  const BOOL done = K32EnumProcessModules(GetCurrentProcess(), nullptr, 0, &size);
+  return done != FALSE ? std::optional(size) : std::nullopt;
 }
 
 void* addressOf(HMODULE module, const char* symbolName) {
   return reinterpret_cast<void*>(GetProcAddress(module, symbolName));
 }
 
-/// The first visible module's symbol, or what the platform itself takes for the default.
+/// The symbol of the first visible module that has it, or else the platform's own default.
 void* findInVisibleModules(std::span<const HMODULE> modules, const char* symbolName) {
   for (const HMODULE module : modules) {
     if (!localModules.contains(module)) {
@@ -62,16 +64,16 @@ void* dlOpen(const char* fileName, std::uint32_t flags) {
     return GetModuleHandleA(fileName);
   }
 
-  DWORD sizeBefore = 0;
-  if (!moduleListSize(sizeBefore)) {
+  const std::optional<DWORD> sizeBefore = moduleListSize();
+  if (!sizeBefore) {
     return fail("enumerate modules failed before loading module");
   }
-  OwnedModule module(LoadLibraryExA(fileName, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  ModuleReference module(LoadLibraryExA(fileName, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module) {
     return fail("load library failed");
   }
-  DWORD sizeAfter = 0;
-  if (!moduleListSize(sizeAfter)) {
+  const std::optional<DWORD> sizeAfter = moduleListSize();
+  if (!sizeAfter) {
     return fail("enumerate modules failed after loading module");
   }
   if (sizeBefore != sizeAfter && (flags & DL_LOCAL) != 0) {
@@ -87,24 +89,24 @@ void* dlSym(void* handle, const char* symbolName) {
   if (handle == nullptr || symbolName == nullptr) {
     return nullptr;
   }
-  DWORD size = 0;
-  if (!moduleListSize(size)) {
+  const std::optional<DWORD> size = moduleListSize();
+  if (!size) {
     return fail("enumerate modules failed before memory allocation");
   }
-  // The list is taken for every lookup, a real handle's too: a process whose modules cannot be
-  // listed gets no symbols at all, whatever the handle.
-  const OwnedBlock<HMODULE[]> modules(static_cast<HMODULE*>(std::malloc(size)));
+  // Every lookup lists the modules, that of a real handle too: where they cannot be listed, no
+  // symbol is found.
+  const std::unique_ptr<HMODULE[]> modules(new (std::nothrow) HMODULE[*size / sizeof(HMODULE)]);
   if (!modules) {
     return fail("malloc failed");
   }
   DWORD sizeFilled = 0;
-  if (K32EnumProcessModules(GetCurrentProcess(), modules.get(), size, &sizeFilled) == FALSE) {
+  if (K32EnumProcessModules(GetCurrentProcess(), modules.get(), *size, &sizeFilled) == FALSE) {
     return fail("enumerate modules failed after memory allocation");
   }
 
   void* const address =
       handle == DL_DEFAULT
-          ? findInVisibleModules({modules.get(), std::min(size, sizeFilled) / sizeof(HMODULE)},
+          ? findInVisibleModules({modules.get(), std::min(*size, sizeFilled) / sizeof(HMODULE)},
                                  symbolName)
           : addressOf(static_cast<HMODULE>(handle), symbolName);
   return address != nullptr ? address : fail("can't resolve symbol");
@@ -138,8 +140,9 @@ std::uint32_t dlModulePath(const void* address, std::string& path) {
   }
   char buffer[MAX_PATH] = {};
   SetLastError(ERROR_SUCCESS);  // an older "insufficient buffer" must not be taken for this call's
-  if (GetModuleFileNameA(module, buffer, MAX_PATH) == 0 ||
-      GetLastError() == ERROR_INSUFFICIENT_BUFFER) {
+  const DWORD length = GetModuleFileNameA(module, buffer, MAX_PATH);
+  // A cut path may fill the buffer, without a terminator and without an error.
+  if (length == 0 || length >= MAX_PATH || GetLastError() == ERROR_INSUFFICIENT_BUFFER) {
     fail("Failed to get module file name");
     return 0;
   }

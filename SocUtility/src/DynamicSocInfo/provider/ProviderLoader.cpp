@@ -1,49 +1,16 @@
 #include "DynamicSocInfo/provider/ProviderLoader.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "DynamicSocInfo/provider/DriverLocation.h"
 #include "DynamicSocInfo/provider/DynamicLibrary.h"
 
 namespace {
 
-struct Candidate {
-  std::string directory;
-  std::string_view fileName;
-};
-
-/// The directory of this library with forward slashes and one at the end, or empty when unknown.
-std::string ownDirectory() {
-  std::string path;
-  if (dlModulePath(reinterpret_cast<const void*>(&ownDirectory), path) == 0) {
-    return {};
-  }
-  std::string directory = directoryOf(path);
-  std::ranges::replace(directory, '\\', '/');
-  return directory + '/';
-}
-
-/// The plan's candidates in the order in which they are tried.
-std::vector<Candidate> candidatesOf(ProviderSearchPlan plan) {
-  const std::string own = ownDirectory();
-  std::vector<Candidate> candidates;
-  // An empty directory means the platform's search, which must not stand in for an unknown own one.
-  const auto addInOwnDirectory = [&](std::string_view fileName) {
-    if (!own.empty()) {
-      candidates.push_back({own, fileName});
-    }
-  };
-  if (plan == ServiceUtilsOnly) {
-    addInOwnDirectory(SERVICE_UTILS_LIBRARY);
-    candidates.push_back({"", SERVICE_UTILS_LIBRARY});
-  } else if (plan == AllProviders) {
-    addInOwnDirectory(SYSTEM_INFO_LIBRARY);
-    addInOwnDirectory(SERVICE_UTILS_LIBRARY);
-    candidates.push_back({joinPath(driverPackageDirectory(), "VRX"), SYSTEM_INFO_LIBRARY});
-    candidates.push_back({"", SERVICE_UTILS_LIBRARY});
-  }
-  return candidates;
+/// `directory`, a slash where it does not end in a separator, and `name`.
+std::string joinPath(const std::string& directory, std::string_view name) {
+  const bool needsSlash = !directory.empty() && directory.back() != '/' && directory.back() != '\\';
+  return directory + (needsSlash ? "/" : "") + std::string(name);
 }
 
 template <class Function>
@@ -56,8 +23,8 @@ void bindSymbol(void* handle, const char* name, Function& function) {
 // Delegating makes the object complete first, so that the destructor unloads what was loaded when
 // the search throws.
 ProviderLoader::ProviderLoader(ProviderSearchPlan plan) : ProviderLoader() {
-  for (const Candidate& candidate : candidatesOf(plan)) {
-    if (Load(candidate.directory, candidate.fileName)) {
+  for (const ProviderCandidate& candidate : ProviderCandidates(plan, OwnDirectory())) {
+    if (Load(candidate.path, candidate.libraryName)) {
       return;
     }
   }
@@ -65,12 +32,12 @@ ProviderLoader::ProviderLoader(ProviderSearchPlan plan) : ProviderLoader() {
 
 ProviderLoader::~ProviderLoader() { dlClose(handle); }
 
-bool ProviderLoader::Load(const std::string& directory, std::string_view fileName) {
-  handle = dlOpen(joinPath(directory, fileName).c_str(), DL_NOW | DL_LOCAL);
+bool ProviderLoader::Load(const std::string& path, std::string_view name) {
+  handle = dlOpen(path.c_str(), DL_NOW | DL_LOCAL);
   if (handle == nullptr) {
     return false;
   }
-  libraryName = fileName;
+  libraryName = name;
   Bind();
   return true;
 }
@@ -86,14 +53,36 @@ void ProviderLoader::Bind() {
   }
 }
 
-std::string directoryOf(const std::string& path) {
-  return path.substr(0, path.find_last_of("/\\"));
+std::vector<ProviderCandidate> ProviderCandidates(ProviderSearchPlan plan,
+                                                  const std::string& ownDirectory) {
+  std::vector<ProviderCandidate> candidates;
+  const auto add = [&](const std::string& directory, std::string_view name) {
+    candidates.push_back({joinPath(directory, name), name});
+  };
+  // A bare name in place of an unknown directory would leave the choice to the platform's search.
+  const auto addInOwnDirectory = [&](std::string_view name) {
+    if (!ownDirectory.empty()) {
+      add(ownDirectory, name);
+    }
+  };
+  if (plan == ServiceUtilsOnly) {
+    addInOwnDirectory(SERVICE_UTILS_LIBRARY);
+    add("", SERVICE_UTILS_LIBRARY);
+  } else if (plan == AllProviders) {
+    addInOwnDirectory(SYSTEM_INFO_LIBRARY);
+    addInOwnDirectory(SERVICE_UTILS_LIBRARY);
+    add(joinPath(driverPackageDirectory(), "VRX"), SYSTEM_INFO_LIBRARY);
+    add("", SERVICE_UTILS_LIBRARY);
+  }
+  return candidates;
 }
 
-std::string joinPath(const std::string& directory, std::string_view fileName) {
-  std::string path = directory;
-  if (!path.empty() && path.back() != '/' && path.back() != '\\') {
-    path += '/';
+std::string OwnDirectory() {
+  std::string path;
+  if (dlModulePath(reinterpret_cast<const void*>(&OwnDirectory), path) == 0) {
+    return {};
   }
-  return path += fileName;
+  std::string directory = path.substr(0, path.find_last_of("/\\"));
+  std::ranges::replace(directory, '\\', '/');
+  return directory + '/';
 }

@@ -1,13 +1,14 @@
 /// Finds, loads and binds a provider: another library that answers the same capability queries.
 ///
-/// Two kinds exist, told apart by file name. The provider attempt constructs a loader, reads its
-/// fields, asks the provider through it, and destroys it, which unloads the provider again: nothing
-/// of the provider may be used afterwards.
+/// There are two kinds, and the file name tells which. The provider attempt constructs a loader,
+/// reads its fields, queries the provider through it and destroys it. That unloads the provider:
+/// nothing of it may be used afterwards.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ZynSystemInfo.h"
 
@@ -16,7 +17,7 @@ inline constexpr std::string_view SERVICE_UTILS_LIBRARY = "RzSoCServiceUtils.dll
 /// The system-info provider has this library's own three exports.
 inline constexpr std::string_view SYSTEM_INFO_LIBRARY = "ZynSystemInfo.dll";
 
-/// Which candidates a loader tries; any other value has none.
+/// Where a loader looks; with any other value nowhere.
 enum ProviderSearchPlan : std::uint32_t {
   /// Both kinds: in the library's own directory, in the driver package, by the platform's search.
   AllProviders = 0,
@@ -24,24 +25,39 @@ enum ProviderSearchPlan : std::uint32_t {
   ServiceUtilsOnly = 1,
 };
 
-/// A loaded provider, or nothing. Failures show in the fields only; constructing it may throw
-/// `std::bad_alloc`, and has then unloaded what it loaded.
+/// A file that a loader tries to load.
+struct ProviderCandidate {
+  std::string path;  ///< A bare file name leaves the directory to the platform's search.
+  std::string_view libraryName;  ///< The file name.
+};
+
+/// What a library in `ownDirectory` tries to load under a plan, in this order. An empty directory
+/// is unknown: candidates there are left out.
+std::vector<ProviderCandidate> ProviderCandidates(ProviderSearchPlan plan,
+                                                  const std::string& ownDirectory);
+
+/// The directory of the module that contains this code, with forward slashes and one at the end;
+/// empty when unknown.
+std::string OwnDirectory();
+
+/// A loaded provider, or nothing. Only the fields show a failure. The constructor may throw
+/// `std::bad_alloc`, and unloads what it loaded then.
 class ProviderLoader {
  public:
   /// Loads nothing.
   ProviderLoader() = default;
-  /// Loads the plan's first candidate that the platform can load, and binds its exports.
+  /// Loads the first of the plan's candidates that the platform can load, and binds its exports.
   explicit ProviderLoader(ProviderSearchPlan plan);
   ~ProviderLoader();
   ProviderLoader(const ProviderLoader&) = delete;
   ProviderLoader& operator=(const ProviderLoader&) = delete;
 
-  /// Loads one candidate and binds its exports, for an empty loader. An empty directory leaves the
-  /// choice of directory to the platform's search. Returns whether it was loaded.
-  bool Load(const std::string& directory, std::string_view fileName);
+  /// For an empty loader: loads this file as the provider of this name and binds its exports.
+  /// Returns false when it cannot be loaded.
+  bool Load(const std::string& path, std::string_view name);
 
-  void* handle = nullptr;   ///< The module, owned; null when no candidate loaded.
-  std::string libraryName;  ///< The candidate's file name, without directory.
+  void* handle = nullptr;   ///< The module, owned; null when no candidate was loaded.
+  std::string libraryName;  ///< The candidate's.
   /// The provider's exports, which may break any promise made in the public header.
   Soc_GetAPIVersionFn* getApiVersion = nullptr;
   Soc_GetCapabilityFn* getCapability = nullptr;  ///< Only with `getApiVersion`.
@@ -51,9 +67,3 @@ class ProviderLoader {
  private:
   void Bind();
 };
-
-/// The text before the last slash or backslash, or all of a path that has neither.
-std::string directoryOf(const std::string& path);
-
-/// `directory`, a slash where it does not end in a separator, and `fileName`.
-std::string joinPath(const std::string& directory, std::string_view fileName);
