@@ -120,7 +120,7 @@ TEST(ProviderLoader, SurvivesTheFailureOfAnyAllocation) {
           happened = AllocationFault::Happened();
           fault.reset();
           EXPECT_EQ(contentOf(loader) == PACKAGE_CONTENT, !happened);
-        } catch (const std::bad_alloc&) {  // the caller is told
+        } catch (const std::bad_alloc&) {  // the caller handles it
         }
       }
     }

@@ -1,6 +1,4 @@
-/* A library for the platform tests: what it exports, and a call into a library that it needs. */
-#include <string.h>
-
+/* A library for the platform tests. */
 #ifdef _WIN32
 #define EXPORT __attribute__((dllexport))
 #else
@@ -8,7 +6,3 @@
 #endif
 
 EXPORT int fixtureNumber = 42;
-
-EXPORT int fixtureLength(const char* text);
-
-int fixtureLength(const char* text) { return (int)strlen(text); }
