@@ -6,9 +6,9 @@
 #include <string>
 
 #include "FuzzInput.h"
-#include "IdentifyReport.h"
+#include "Identify.h"
+#include "Inspect.h"
 #include "MachineTables.h"
-#include "SocReport.h"
 
 namespace fs = std::filesystem;
 
@@ -51,16 +51,15 @@ bool isText(const std::string& output) {
   return std::ranges::all_of(output, [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); });
 }
 
-template <class Report>
-void print(const Report& report) {
+void print(const Json& document, void (*writeText)(std::ostream&, const Json&)) {
   std::ostringstream text;
-  WriteText(text, report);
+  writeText(text, document);
   require(isText(text.str()));
 
-  std::ostringstream document;
-  WriteDocument(document, ToJson(report));
-  require(isText(document.str()));
-  require(Json::accept(document.str()));
+  std::ostringstream json;
+  WriteDocument(json, document);
+  require(isText(json.str()));
+  require(Json::accept(json.str()));
 }
 
 }  // namespace
@@ -73,8 +72,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::ostringstream warnings;
   try {
     const MachineTables tables = ReadDumps(dumps.Directory(), warnings);
-    print(Identify(tables));
-    print(InspectTables(tables));
+    print(Identify(tables), WriteIdentification);
+    print(InspectTables(tables), WriteInspection);
   } catch (const InputError& error) {
     require(isText(error.what()));
   }

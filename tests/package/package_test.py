@@ -4,6 +4,7 @@ The example provider stands beside the library, since the chip of a development 
 """
 
 import argparse
+import json
 import os
 import pathlib
 import re
@@ -127,6 +128,16 @@ class PackageTest(unittest.TestCase):
         program = folder / options.last_release.name
         run(*options.launcher.split(), program,
             env={**os.environ, "LD_LIBRARY_PATH": str(folder)})
+
+    def test_tool_asks_the_library_that_was_installed_with_it(self):
+        document = json.loads(run(*options.launcher.split(), self.tool(), "--json"))
+        library = pathlib.PureWindowsPath(document["run"]["library"]["path"])
+        name = "ZynSystemInfo.dll" if built_for_windows() else "libZynSystemInfo.so.0.1"
+        self.assertEqual((library.name, document["disagreements"]), (name, []))
+        folders = {"bin"} if built_for_windows() else {"lib", "lib64"}
+        self.assertIn(library.parent.name, folders)
+        self.assertEqual(library.parent.parent.name, self.prefix.name)
+        self.file("soc-info.schema.json")
 
     def test_all_tell_one_version(self):
         description = self.file("ZynSystemInfo.pc").read_text()

@@ -1,13 +1,19 @@
-"""A run of soc-info in a folder of its own."""
+"""A run of soc-info in a folder of its own. Every document that it writes must fit the schema."""
 
 import os
 import pathlib
+import shutil
 import subprocess
 import tempfile
 import unittest
 
 SOC_INFO = os.environ["SOC_INFO"]
+LIBRARY = os.environ["LIBRARY"]
+OTHER_LIBRARY = os.environ["OTHER_LIBRARY"]
+LAUNCHER = os.environ["LAUNCHER"].split()  # of another system's programs
+ON_WINDOWS = SOC_INFO.endswith(".exe")
 MACHINES = pathlib.Path(os.environ["MACHINES"])
+SCHEMA = MACHINES.parent.parent / "docs" / "soc-info.schema.json"
 PROVIDER = os.environ["PROVIDER"]
 NO_PROVIDER = os.environ["NO_PROVIDER"]
 # The two that throw when they are asked DSP 3: an exception of their own type, and one of the
@@ -20,7 +26,29 @@ HOSTILE_NAME_VALUE = "\x1b[31m\ufffd"
 HOSTILE_NAME_TEXT = r'"\u001b[31m\ufffd"'
 
 
+def schema_faults(documents):
+    """What Debian's python3-jsonschema says of the texts, which are documents."""
+    with tempfile.TemporaryDirectory() as folder:
+        instances = []
+        for number, document in enumerate(documents):
+            path = pathlib.Path(folder, f"{number}.json")
+            path.write_text(document, encoding="utf-8")
+            instances += ["-i", str(path)]
+        result = subprocess.run(["jsonschema", *instances, str(SCHEMA)], capture_output=True,
+                                text=True, check=False)
+        return result.stdout + result.stderr if result.returncode else ""
+
+
 class Tests(unittest.TestCase):
+    documents = []
+
+    @classmethod
+    def tearDownClass(cls):
+        faults = schema_faults(Tests.documents) if Tests.documents else ""
+        Tests.documents = []
+        if faults:
+            raise AssertionError(faults)
+
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -31,8 +59,18 @@ class Tests(unittest.TestCase):
 
         `before` is called in the new process before the tool is started there."""
         (self.folder / "provider.txt").write_text("".join(line + "\n" for line in script))
-        return subprocess.run([program, *arguments], capture_output=True, text=True, timeout=60,
-                              cwd=self.folder, preexec_fn=before)
+        result = subprocess.run([*LAUNCHER, program, *arguments], capture_output=True, text=True,
+                                timeout=60, cwd=self.folder, preexec_fn=before)
+        if "--json" in arguments and result.stdout:
+            Tests.documents.append(result.stdout)
+        return result
+
+    def install(self, provider=None):
+        """A copy of the tool in the folder, with the library, and a provider, beside it."""
+        shutil.copy(LIBRARY, self.folder)
+        if provider:
+            shutil.copy(provider, self.folder / "RzSoCServiceUtils.dll")
+        return shutil.copy(SOC_INFO, self.folder)
 
     def assert_refused(self, result, message):
         self.assertEqual((result.returncode, result.stdout), (2, ""), result.stderr)

@@ -7,8 +7,9 @@ import shutil
 import tempfile
 import unittest
 
-from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, MACHINES, NO_PROVIDER,
-                      OWN_FAULT, PROVIDER, SOC_INFO, Tests)
+from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, LIBRARY, MACHINES,
+                      NO_PROVIDER, ON_WINDOWS, OTHER_LIBRARY, OWN_FAULT, PROVIDER, SOC_INFO, Tests,
+                      schema_faults)
 
 FACP = (MACHINES / "heron" / "facp.dat").read_bytes()
 PPTT = (MACHINES / "heron" / "pptt.dat").read_bytes()
@@ -60,8 +61,9 @@ class SocInfoTest(Tests):
         (self.folder / "PPTT").mkdir()
         self.assert_refused(self.run_tool("--tables", self.folder), 'PPTT": not a regular file')
         (self.folder / "PPTT").rmdir()
-        (self.folder / "PPTT").symlink_to("nowhere")
-        self.assert_refused(self.run_tool("--tables", self.folder), 'PPTT": ')
+        if not ON_WINDOWS:
+            (self.folder / "PPTT").symlink_to("nowhere")
+            self.assert_refused(self.run_tool("--tables", self.folder), 'PPTT": ')
         os.truncate(self.folder / "FACP", (16 << 20) + 1)
         self.assert_refused(self.run_tool("--tables", self.folder), 'FACP": larger than 16 MiB')
 
@@ -97,27 +99,31 @@ class SocInfoTest(Tests):
             self.assert_refused(self.run_tool("capture", directory), "takes a new directory")
 
     def with_provider(self, library, *script):
-        """This machine's document, with a library in the provider's place beside the program."""
-        program = shutil.copy(SOC_INFO, self.folder)
-        shutil.copy(library, self.folder / "RzSoCServiceUtils.dll")
+        """This machine's document, with a library in the provider's place."""
+        program = self.install(library)
         document = json.loads(self.run_tool("--json", program=program, script=script).stdout)
         if document["chip"]["known"]:
             self.skipTest("this machine's chip is known, so no provider is asked")
+        self.assertEqual(document["disagreements"], [])
         rows = {(row["component"], row["key"]): row for row in document["capabilities"]}
         return document, rows
 
-    def test_provider_answers_are_told_from_defaults(self):
-        script = [HOSTILE_NAME, "2 43 reply 0 4 cdcccc3d", "2 42 reply 3 0 -"]
+    def test_library_answers_and_sources_tell_provider_from_default(self):
+        script = [HOSTILE_NAME, "2 43 reply 0 4 cdcccc3d", "2 44 reply 0 4 0000c07f",
+                  "2 42 reply 3 0 -"]
         document, rows = self.with_provider(PROVIDER, *script)
         self.assertEqual(document["provider"]["state"], "imported")
         self.assertEqual(document["answersFrom"], "provider")
         self.assertFalse(document["scalarQueriesFail"])
         self.assertEqual([key for key, row in rows.items() if row["source"] == "default"],
                          [("DSP", 42), ("DSP", 45), ("DSP", 46), ("DSP", 47), ("DSP", 48)])
-        self.assertEqual(rows["DSP", 16]["value"], [1, 2, 4, 6])
+        self.assertEqual([rows["DSP", key]["value"] for key in (16, 43, 44)],
+                         [[1, 2, 4, 6], 0.1, "NaN"])
         self.assertEqual(rows["GPU", 2]["value"], rows["GPU", 6]["value"])
         self.assertEqual(rows["GPU", 4]["value"], HOSTILE_NAME_VALUE)
-        text = self.run_tool(program=self.folder / "soc-info", script=script).stdout
+        library = pathlib.PureWindowsPath(document["run"]["library"]["path"])
+        self.assertEqual(library.parent.name, self.folder.name)
+        text = self.run_tool(program=self.install(), script=script).stdout
         self.assertIn(HOSTILE_NAME_TEXT, text)
         self.assertIn("  0.1 ", text)
 
@@ -127,8 +133,10 @@ class SocInfoTest(Tests):
         self.assertEqual(document["provider"]["missing"], ["DSP 17"])
         self.assertEqual(document["answersFrom"], "unknownRow")
         self.assertTrue(document["scalarQueriesFail"])
-        self.assertEqual([rows["DSP", key]["source"] for key in (16, 17, 18)],
-                         ["provider", "default", "provider"])
+        self.assertEqual([(rows["DSP", key]["status"], rows["DSP", key]["value"],
+                           rows["DSP", key]["source"]) for key in (16, 17, 18, 46)],
+                         [(0, [1, 2, 4, 6], "provider"), (25, None, None), (25, None, None),
+                          (0, [], "default")])
 
     def test_refused_libraries_are_explained(self):
         for library, state, reason in [
@@ -137,12 +145,42 @@ class SocInfoTest(Tests):
             (OWN_FAULT, "failed", "an exception ended the import"),
         ]:
             with self.subTest(state):
-                document = self.with_provider(library)[0]
+                document, rows = self.with_provider(library)
                 provider = document["provider"]
                 self.assertTrue(document["scalarQueriesFail"])
                 self.assertEqual((provider["state"], provider["reason"]), (state, reason))
-                self.assertEqual(provider["lookedFor"],
-                                 [f"{self.folder}/RzSoCServiceUtils.dll", "RzSoCServiceUtils.dll"])
+                first, second = map(pathlib.PureWindowsPath,
+                                    (provider["lookedFor"] + ["RzSoCServiceUtils.dll"])[:2])
+                self.assertEqual((first.parent.name, first.name, str(second)),
+                                 (self.folder.name, second.name, "RzSoCServiceUtils.dll"))
+                self.assertEqual(rows["DSP", 46]["status"], 25 if state == "failed" else 0)
+
+    def test_library_that_answers_otherwise_is_asked_and_contradicted(self):
+        document = json.loads(self.run_tool("--json", "--library", OTHER_LIBRARY).stdout)
+        self.assertEqual(document["run"]["library"]["interface"], "9.9")
+        self.assertEqual({row["value"] for row in document["capabilities"] if row["type"] == "u64"},
+                         {9})
+        first = document["disagreements"][0]
+        self.assertEqual((first["capability"], first["library"]),
+                         ("DSP 1", {"status": 0, "value": 9}))
+        self.assertNotEqual(first["core"], first["library"])
+        self.assertIn("disagreement DSP 1: the library answers 9, soc-info expects ",
+                      self.run_tool("--library", OTHER_LIBRARY).stdout)
+
+    def test_missing_library_is_named(self):
+        alone = shutil.copy(SOC_INFO, self.folder)
+        self.assert_refused(self.run_tool(program=alone), "name one with --library FILE")
+        self.assertEqual(self.run_tool("--library", LIBRARY, program=alone).returncode, 0)
+        for library, message in [(PROVIDER, "lacks the export Soc_GetCapabilitySerialized"),
+                                 (__file__, "load library failed")]:
+            self.assert_refused(self.run_tool("--library", library), message)
+        self.assert_refused(self.run_tool("--library", LIBRARY, "--tables", "."), "excludes")
+
+    def test_schema_refuses_what_is_no_document(self):
+        document = json.loads(self.run_tool("identify", "--json", "--tables",
+                                            MACHINES / "heron").stdout)
+        for change in ({"key": "0x1"}, {"another": 1}, {"schemaVersion": 1}):
+            self.assertNotEqual(schema_faults([json.dumps(document | change)]), "", change)
 
 
 if __name__ == "__main__":

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "IdentifyReport.h"
+#include "Identify.h"
 #include "MachineTables.h"
 #include "Output.h"
 
@@ -44,12 +44,12 @@ void writeTable(const fs::path& path, const std::vector<std::uint8_t>& table) {
 
 void Capture(const fs::path& directory) {
   const MachineTables tables = ReadThisMachine();
-  const IdentifyReport report = Identify(tables);
+  const Json identification = Identify(tables);
   if (tables.fadt.empty()) {
-    throw InputError("nothing to capture: " + WhyNotIdentified(report));
+    throw InputError("nothing to capture: " + Text(identification.at("reason")));
   }
   std::ostringstream document;
-  WriteDocument(document, ToJson(report));
+  WriteDocument(document, identification);
 
   makeNewDirectory(directory);
   writeTable(directory / "FACP", tables.fadt);

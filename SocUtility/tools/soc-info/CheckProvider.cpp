@@ -9,6 +9,7 @@
 #include "ChildProcess.h"
 #include "DynamicSocInfo/import/ProviderImport.h"
 #include "DynamicSocInfo/provider/ProviderLoader.h"
+#include "RunInfo.h"
 #include "ZynSystemInfo.h"
 
 namespace fs = std::filesystem;
@@ -32,7 +33,7 @@ void addLine(Json& check, std::string& step, const Json& line) {
     if (name == "step") {
       step = value;
     } else if (name == "loadError") {
-      throw InputError(fs::path(check.at("file").get<std::string>()), value.get<std::string>());
+      throw InputError(fs::path(Text(check.at("file"))), Text(value));
     } else if (name == "hung") {
       check["stopped"] = {{"at", step}, {"how", "hang"}, {"detail", nullptr}};
     } else if (name == "asked") {
@@ -97,9 +98,9 @@ std::string answerText(const Json& row) {
     return ValueText(row);
   }
   const std::uint64_t calls = row.at("calls").get<std::uint64_t>();
-  return "no: " + row.at("message").get<std::string>() + " (" +
-         (row.at("status").is_null() ? "no status" : "status " + row.at("status").dump()) + ", " +
-         row.at("offered").dump() + " bytes offered, " + row.at("reported").dump() + " reported" +
+  return "no: " + Text(row.at("message")) + " (" +
+         (row.at("status").is_null() ? "no status" : "status " + Text(row.at("status"))) + ", " +
+         Text(row.at("offered")) + " bytes offered, " + Text(row.at("reported")) + " reported" +
          (calls > 1 ? ", call " + std::to_string(calls) : "") + ')';
 }
 
@@ -111,7 +112,7 @@ void writeKeys(std::ostream& out, const Json& keys) {
   };
   writeRow("component", "key", "need", "answer");
   for (const Json& row : keys) {
-    writeRow(row.at("component").get<std::string>(), row.at("key").dump(),
+    writeRow(Text(row.at("component")), Text(row.at("key")),
              row.at("required").get<bool>() ? "required" : "optional", answerText(row));
   }
 }
@@ -131,7 +132,9 @@ std::string_view verdictText(const Json& check) {
 
 Json CheckProvider(const fs::path& file, double seconds) {
   requireFile(file);
-  Json check = {{"schemaVersion", 1},
+  Json check = {{"schemaVersion", SCHEMA_VERSION},
+                {"command", "check-provider"},
+                {"run", RunInfo()},
                 {"file", fs::absolute(file).string()},
                 {"nameLookedFor", file.filename() == SERVICE_UTILS_LIBRARY},
                 {"accepted", nullptr},
@@ -148,10 +151,11 @@ Json CheckProvider(const fs::path& file, double seconds) {
 }
 
 void WriteCheck(std::ostream& out, const Json& check) {
-  WriteLine(out, "file", Quoted(check.at("file").get<std::string>()));
+  WriteLine(out, "file", Quoted(Text(check.at("file"))));
   if (!check.at("nameLookedFor").get<bool>()) {
     WriteLine(out, "note", "found by the library only under the name RzSoCServiceUtils.dll");
   }
+  WriteRunInfo(out, check);
   if (const Json& keys = check.at("keys"); !keys.empty()) {
     out << '\n';
     writeKeys(out, keys);
@@ -160,20 +164,18 @@ void WriteCheck(std::ostream& out, const Json& check) {
     WriteLine(out, "GPU", statusText(check.at("statuses").at("GPU")));
   }
   if (const Json& reason = check.at("reason"); !check.at("accepted").is_null()) {
-    WriteLine(out, "provider",
-              reason.is_null() ? "accepted" : "rejected: " + reason.get<std::string>());
+    WriteLine(out, "provider", reason.is_null() ? "accepted" : "rejected: " + Text(reason));
   }
   if (const Json& exception = check.at("exception"); !exception.is_null()) {
     const Json& text = exception.at("text");
     WriteLine(out, "exception",
-              "at " + exception.at("at").get<std::string>() +
-                  (text.is_null() ? "" : ": " + Quoted(text.get<std::string>())));
+              "at " + Text(exception.at("at")) + (text.is_null() ? "" : ": " + Quoted(Text(text))));
   }
   if (const Json& stopped = check.at("stopped"); !stopped.is_null()) {
     const Json& detail = stopped.at("detail");
-    WriteLine(out, stopped.at("how").get<std::string>(),
-              "at " + stopped.at("at").get<std::string>() +
-                  (detail.is_null() ? ", given up" : ": " + detail.get<std::string>()));
+    WriteLine(
+        out, Text(stopped.at("how")),
+        "at " + Text(stopped.at("at")) + (detail.is_null() ? ", given up" : ": " + Text(detail)));
   }
   WriteLine(out, "verdict", verdictText(check));
 }

@@ -38,6 +38,10 @@ std::string Compact(const Json& value) {
   return value.dump(-1, ' ', ONLY_ASCII, Json::error_handler_t::replace);
 }
 
+std::string Text(const Json& value) {
+  return value.is_string() ? value.get<std::string>() : Compact(value);
+}
+
 Json TextOrNull(std::string_view text) { return text.empty() ? Json(nullptr) : Json(text); }
 
 std::string Quoted(std::string_view text) { return Compact(Json(text)); }

@@ -15,11 +15,17 @@
 /// Keeps fields in the order in which they were added, so that documents can be compared by line.
 using Json = nlohmann::ordered_json;
 
+/// The version of the form of all documents, which docs/soc-info.schema.json describes.
+inline constexpr int SCHEMA_VERSION = 2;
+
 /// Writes an object as one document: a field a line, and a line for each object of an array.
 void WriteDocument(std::ostream& out, const Json& object);
 
 /// A value on one line.
 std::string Compact(const Json& value);
+
+/// A string as it is, any other value on one line.
+std::string Text(const Json& value);
 
 /// Null for an empty text.
 Json TextOrNull(std::string_view text);

@@ -6,23 +6,8 @@
 #include "DynamicSocInfo/capabilities/KeyTable.h"
 #include "DynamicSocInfo/import/ProviderImport.h"
 #include "DynamicSocInfo/provider/DynamicLibrary.h"
-#include "DynamicSocInfo/provider/ProviderLoader.h"
 
 namespace {
-
-/// The path of the module that contains `address`, with forward slashes, or empty.
-template <class Function>
-std::string modulePathOf(Function* address) {
-  std::string path;
-  dlModulePath(reinterpret_cast<const void*>(address), path);
-  std::ranges::replace(path, '\\', '/');
-  return path;
-}
-
-std::string lastLoaderError() {
-  const char* const message = dlError();
-  return message != nullptr ? message : "";
-}
 
 /// All keys that the field of `key` answers.
 template <class Record>
@@ -38,7 +23,7 @@ void addAnswered(std::set<CapabilityKey>& answered, std::uint32_t key) {
 void addOutcome(ProviderReport& report, const AskedKey& asked) {
   if (!asked.answered) {
     if (asked.required) {
-      report.missing.push_back({asked.component, asked.key});
+      report.document["missing"].push_back(KeyText({asked.component, asked.key}));
     }
     return;
   }
@@ -52,43 +37,51 @@ void addOutcome(ProviderReport& report, const AskedKey& asked) {
   }
 }
 
+void load(ProviderLoader& provider, const std::string& directory, Json& lookedFor) {
+  for (const auto& [path, name] : ProviderCandidates(ServiceUtilsOnly, directory)) {
+    lookedFor.push_back(path);
+    if (provider.Load(path, name)) {
+      return;
+    }
+  }
+}
+
 }  // namespace
 
-ProviderReport AttemptProvider(SocInfo& record) {
-  ProviderReport report;
-  for (const ProviderCandidate& candidate : ProviderCandidates(ServiceUtilsOnly, OwnDirectory())) {
-    report.lookedFor.push_back(candidate.path);
-  }
-  ProviderLoader provider(ServiceUtilsOnly);
-  if (provider.handle == nullptr) {
-    report.state = ProviderState::NOT_FOUND;
-    report.reason = lastLoaderError();
-    return report;
-  }
-  if (provider.getApiVersion != nullptr) {
-    report.library = modulePathOf(provider.getApiVersion);
-  }
-  report.reason = WhyRejected(provider);
-  if (!report.reason.empty()) {
-    report.state = ProviderState::REJECTED;
-    return report;
-  }
+ProviderReport NoAttempt(std::string_view state) {
+  return {{{"state", state},
+           {"library", nullptr},
+           {"lookedFor", Json::array()},
+           {"reason", nullptr},
+           {"missing", Json::array()}},
+          {}};
+}
 
-  bool counts = false;
+ProviderReport AttemptProvider(SocInfo& record, const std::string& directory) {
+  ProviderReport report = NoAttempt("notFound");
+  const auto end = [&](std::string_view state, std::string_view reason) {
+    report.document["state"] = state;
+    report.document["reason"] = TextOrNull(reason);
+    return report;
+  };
+  ProviderLoader provider;
+  load(provider, directory, report.document["lookedFor"]);
+  if (provider.handle == nullptr) {
+    return end("notFound", dlError());
+  }
+  report.document["library"] =
+      TextOrNull(ModulePath(reinterpret_cast<const void*>(provider.getApiVersion)));
+  if (const std::string_view reason = WhyRejected(provider); !reason.empty()) {
+    return end("rejected", reason);
+  }
   try {
-    counts = ImportProviderCapabilities(provider, record,
-                                        [&](const AskedKey& asked) { addOutcome(report, asked); });
+    const bool counts = ImportProviderCapabilities(
+        provider, record, [&](const AskedKey& asked) { addOutcome(report, asked); });
+    return counts ? end("imported", "") : end("incomplete", "required keys missing");
   } catch (...) {
     // What a provider lets out may be of a type of its own, which is gone once it is unloaded.
-    report.state = ProviderState::FAILED;
-    report.reason = "an exception ended the import";
-    return report;
+    return end("failed", "an exception ended the import");
   }
-  report.state = counts ? ProviderState::IMPORTED : ProviderState::INCOMPLETE;
-  if (!counts) {
-    report.reason = "required keys missing";
-  }
-  return report;
 }
 
 std::string_view WhyRejected(const ProviderLoader& provider) {
@@ -99,22 +92,11 @@ std::string_view WhyRejected(const ProviderLoader& provider) {
                                            : "it lacks the export Soc_GetCapability";
 }
 
-std::string_view StateName(ProviderState state) {
-  switch (state) {
-    case ProviderState::NOT_NEEDED:
-      return "notNeeded";
-    case ProviderState::NOT_ASKED:
-      return "notAsked";
-    case ProviderState::NOT_FOUND:
-      return "notFound";
-    case ProviderState::REJECTED:
-      return "rejected";
-    case ProviderState::INCOMPLETE:
-      return "incomplete";
-    case ProviderState::FAILED:
-      return "failed";
-    case ProviderState::IMPORTED:
-      break;
+std::string ModulePath(const void* address) {
+  std::string path;
+  if (address != nullptr) {
+    dlModulePath(address, path);
   }
-  return "imported";
+  std::ranges::replace(path, '\\', '/');
+  return path;
 }

@@ -1,0 +1,33 @@
+/* A library that answers as no build of this source does: every number is 9, every list empty. */
+#include <string.h>
+
+#include "ZynSystemInfo.h"
+
+#ifdef _WIN32
+#define EXPORT __declspec(dllexport)
+#else
+#define EXPORT __attribute__((visibility("default")))
+#endif
+
+EXPORT uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
+  *major = 9;
+  *minor = 9;
+  return SOC_SUCCESS;
+}
+
+EXPORT uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
+  (void)component;
+  (void)key;
+  memset(buffer, 0, *size);
+  *(uint64_t*)buffer = 9;
+  return SOC_SUCCESS;
+}
+
+EXPORT uint32_t Soc_GetCapabilitySerialized(uint64_t component, uint64_t key, void* buffer,
+                                            uint64_t* size) {
+  (void)component;
+  (void)key;
+  (void)buffer;
+  *size = 0;
+  return SOC_SUCCESS;
+}
