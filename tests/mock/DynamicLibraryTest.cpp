@@ -110,6 +110,7 @@ TEST(DynamicLibrary, KeepsAModuleHiddenUntilItsFirstClosing) {
   EXPECT_STREQ(dlError(), EARLIER) << "a success changed the message";
   EXPECT_EQ(find(DL_DEFAULT, "f"), 0x11U);
   EXPECT_EQ(dlClose(handle), 0);
+  EXPECT_EQ(dlClose(nullptr), 0);
 }
 
 TEST(DynamicLibrary, AsksVisibleModulesInTheirOrderThenTheDefault) {
