@@ -63,7 +63,7 @@ WideString environmentVariable(LPCWSTR name) {
   if (GetEnvironmentVariableW(name, buffer.data(), size) == 0) {
     return {};
   }
-  return buffer.substr(0, buffer.find(WCHAR{}));  // it may be shorter than its size was
+  return buffer.substr(0, buffer.find(WCHAR{}));  // it may have changed since its size was read
 }
 
 KeyHandle openLocalMachineKey(const std::string& path) {
@@ -74,12 +74,12 @@ KeyHandle openLocalMachineKey(const std::string& path) {
   return KeyHandle(key);
 }
 
-/// Reads a value of this type into `size` bytes; a null `data` asks for the value's size.
+/// Reads a value of this type into `size` bytes. A null `data` only asks for the value's size.
 bool readValue(const KeyHandle& key, LPCSTR name, DWORD type, void* data, DWORD& size) {
   return key && RegGetValueA(key.get(), nullptr, name, type, nullptr, data, &size) == ERROR_SUCCESS;
 }
 
-/// The device instance path of the accelerator's first device, if there is one.
+/// The instance path of the first device that the accelerator's service drives, or nothing.
 std::optional<std::string> acceleratorInstancePath() {
   constexpr WideView SERVICE = ACCELERATOR_SERVICE;  // all of it is ASCII
   const KeyHandle devices =

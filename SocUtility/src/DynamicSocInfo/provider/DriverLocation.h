@@ -1,5 +1,5 @@
-/// Driver location: finds the directory of the chip's driver package through the service that loads
-/// the driver. The provider loader looks there for a system-info provider.
+/// Driver location: the path of a driver service's binary tells where the driver package is. The
+/// provider loader looks there for a system-info provider.
 ///
 /// No operation reports an error: when the platform refuses anything, the result is empty or false.
 /// Every operation may throw `std::bad_alloc`.

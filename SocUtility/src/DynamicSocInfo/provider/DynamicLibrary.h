@@ -16,7 +16,7 @@ inline constexpr std::uint32_t DL_LOCAL = 2;   ///< Hide a module that this call
 inline constexpr std::uint32_t DL_GLOBAL = 4;  ///< Make the module visible again.
 inline constexpr std::uint32_t DL_NOLOAD = 8;  ///< Only find a module that is already loaded.
 
-/// The pseudo-handle of every module of the process that is not hidden. No real handle equals it.
+/// A handle for `dlSym` that means all modules except hidden ones. No module has this handle.
 // NOLINTNEXTLINE(performance-no-int-to-ptr)
 inline void* const DL_DEFAULT = reinterpret_cast<void*>(std::uintptr_t{4});
 
@@ -36,8 +36,8 @@ void* dlSym(void* handle, const char* symbolName);
 /// Drops one reference and makes the module visible. Returns 0, also for a null handle, or -1.
 std::int32_t dlClose(void* handle);
 
-/// Stores the full path of the module that contains `address`. Returns 1, or 0 with an empty `path`
-/// on failure; a path of 260 characters or more is a failure. Throws `std::bad_alloc`.
+/// Finds the module that contains `address` and stores its full path. Returns 1, or 0 with an empty
+/// `path` on failure; a path of 260 characters or more is a failure. Throws `std::bad_alloc`.
 std::uint32_t dlModulePath(const void* address, std::string& path);
 
 /// The message of this thread's latest failure, or null when there was none. Clears nothing.

@@ -1,4 +1,4 @@
-/// Finds, loads and binds a provider: another library that answers the same capability queries.
+/// Finds, loads and binds a provider: a library that answers capability queries like this one.
 ///
 /// There are two kinds, and the file name tells which. The provider attempt constructs a loader,
 /// reads its fields, queries the provider through it and destroys it. That unloads the provider:
@@ -19,9 +19,9 @@ inline constexpr std::string_view SYSTEM_INFO_LIBRARY = "ZynSystemInfo.dll";
 
 /// Where a loader looks; with any other value nowhere.
 enum ProviderSearchPlan : std::uint32_t {
-  /// Both kinds: in the library's own directory, in the driver package, by the platform's search.
+  /// Both kinds: beside this library, in the driver package, by the platform's search.
   AllProviders = 0,
-  /// The service-utilities provider in the library's own directory, then by the platform's search.
+  /// The service-utilities provider: beside this library, then by the platform's search.
   ServiceUtilsOnly = 1,
 };
 
