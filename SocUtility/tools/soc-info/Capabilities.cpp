@@ -10,30 +10,17 @@
 
 namespace {
 
-template <class T>
-constexpr std::string_view TYPE_NAME{};
-template <>
-constexpr std::string_view TYPE_NAME<std::int32_t> = "i32";
-template <>
-constexpr std::string_view TYPE_NAME<std::uint32_t> = "u32";
-template <>
-constexpr std::string_view TYPE_NAME<std::uint64_t> = "u64";
-template <>
-constexpr std::string_view TYPE_NAME<std::uint8_t> = "u8";
-template <>
-constexpr std::string_view TYPE_NAME<bool> = "bool";
-template <>
-constexpr std::string_view TYPE_NAME<float> = "f32";
-template <>
-constexpr std::string_view TYPE_NAME<std::string> = "string";
-template <>
-constexpr std::string_view TYPE_NAME<U32List> = "list of u32";
-template <>
-constexpr std::string_view TYPE_NAME<U32ByPosition> = "list of u32";
-template <>
-constexpr std::string_view TYPE_NAME<NameList> = "list of string";
-template <>
-constexpr std::string_view TYPE_NAME<NamedValuesByPosition> = "list of named u32";
+constexpr std::string_view typeName(const std::int32_t&) { return "i32"; }
+constexpr std::string_view typeName(const std::uint32_t&) { return "u32"; }
+constexpr std::string_view typeName(const std::uint64_t&) { return "u64"; }
+constexpr std::string_view typeName(const std::uint8_t&) { return "u8"; }
+constexpr std::string_view typeName(const bool&) { return "bool"; }
+constexpr std::string_view typeName(const float&) { return "f32"; }
+constexpr std::string_view typeName(const std::string&) { return "string"; }
+constexpr std::string_view typeName(const NameList&) { return "list of string"; }
+constexpr std::string_view typeName(const U32List&) { return "list of u32"; }
+constexpr std::string_view typeName(const U32ByPosition&) { return "list of u32"; }
+constexpr std::string_view typeName(const NamedValuesByPosition&) { return "list of named u32"; }
 
 template <class T>
 Json toValue(const T& field) {
@@ -72,9 +59,8 @@ void addCapabilities(std::vector<Capability>& capabilities, const Record& entry)
     visitField<Record>(
         key,
         [&]<class T>(T Record::*field) {
-          static_assert(!TYPE_NAME<T>.empty());
           capabilities.push_back(
-              {{KeyTable<Record>::COMPONENT, key}, TYPE_NAME<T>, toValue(entry.*field)});
+              {{KeyTable<Record>::COMPONENT, key}, typeName(entry.*field), toValue(entry.*field)});
         },
         [] {});
   }

@@ -1,11 +1,9 @@
 #include "Inspect.h"
 
 #include <algorithm>
-#include <functional>
 #include <iomanip>
 #include <ostream>
 
-#include "DynamicSocInfo/capabilities/KeyTable.h"
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
 #include "Identify.h"
 #include "ProviderReport.h"
@@ -65,33 +63,26 @@ Json inspect(const Json& identification, const SocInfo& record, const ProviderRe
   return document;
 }
 
-Json answerOf(const Json& row) {
-  return {{"status", row.at("status")}, {"value", row.at("value")}};
-}
-
-/// Replaces what the core expects by what the library answers, and notes where they differ.
+/// Puts the library's answers into the document, and notes where they differ from the core's.
 void askLibrary(const InstalledLibrary& library, const SocInfo& record, Json& document) {
   const std::string state = document.at("provider").at("state");
   const std::vector<Capability> capabilities = CapabilitiesOf(record);
   // On an unknown chip a first answer is no sign of the later ones.
   library.Ask(capabilities.front().id);
   for (std::size_t i = 0; i < capabilities.size(); ++i) {
+    const auto& [id, type, value] = capabilities[i];
+    const bool fails = isToFail(state, type);
+    const Json expected = {{"status", fails ? FAILURE : SUCCESS},
+                           {"value", fails ? Json(nullptr) : value}};
+    const Json answer = library.Ask(id);
     Json& row = document["capabilities"][i];
-    const bool fails = isToFail(state, capabilities[i].type);
-    row["status"] = fails ? FAILURE : SUCCESS;
-    if (fails) {
-      row["value"] = nullptr;
-    }
-    const Json expected = answerOf(row);
-    const LibraryAnswer answer = library.Ask(capabilities[i].id);
-    row["status"] = answer.status;
-    row["value"] = answer.value;
-    if (answer.status != SUCCESS) {
+    row.update(answer);
+    if (answer.at("status") != SUCCESS) {
       row["source"] = nullptr;
     }
-    if (const Json answered = answerOf(row); answered != expected) {
+    if (answer != expected) {
       document["disagreements"].push_back(
-          {{"capability", KeyText(capabilities[i].id)}, {"library", answered}, {"core", expected}});
+          {{"capability", KeyText(id)}, {"library", answer}, {"core", expected}});
     }
   }
 }

@@ -101,7 +101,7 @@ std::string InstalledLibrary::InterfaceVersion() const {
   return std::to_string(major) + '.' + std::to_string(minor);
 }
 
-LibraryAnswer InstalledLibrary::Ask(const CapabilityKey& id) const {
+Json InstalledLibrary::Ask(const CapabilityKey& id) const {
   SocInfo record = BuildChipRecord(NO_CHIP_ID);
   const auto askFor = [&](auto& entry) {
     return ask(getCapability_, getCapabilitySerialized_, id.key, entry);
@@ -109,5 +109,6 @@ LibraryAnswer InstalledLibrary::Ask(const CapabilityKey& id) const {
   const std::uint32_t status = id.component == DSP   ? askFor(record.dsps.front())
                                : id.component == GPU ? askFor(record.gpus.front())
                                                      : askFor(record.cpu);
-  return {status, status == SUCCESS ? CapabilityOf(record, id).value : Json(nullptr)};
+  return {{"status", status},
+          {"value", status == SUCCESS ? CapabilityOf(record, id).value : Json(nullptr)}};
 }

@@ -1,20 +1,11 @@
 /// The library that the programs of this machine load, asked through its exports.
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "Capabilities.h"
 #include "Output.h"
 #include "ZynSystemInfo.h"
-
-/// An answer of one of the two query functions.
-struct LibraryAnswer {
-  std::uint32_t status;
-  Json value;  ///< As in `Capability`; null unless the status is `SUCCESS`.
-
-  bool operator==(const LibraryAnswer&) const = default;
-};
 
 /// A library that stays loaded until the process ends.
 class InstalledLibrary {
@@ -28,7 +19,8 @@ class InstalledLibrary {
   std::string Directory() const;
   /// "0.1".
   std::string InterfaceVersion() const;
-  LibraryAnswer Ask(const CapabilityKey& id) const;
+  /// The query's `status`, and the `value` as in `Capability`: null unless the status is 0.
+  Json Ask(const CapabilityKey& id) const;
 
  private:
   std::string path_;

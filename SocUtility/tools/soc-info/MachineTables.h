@@ -20,6 +20,6 @@ MachineTables ReadThisMachine();
 /// "FACP.dat" that is there ("PPTT" likewise). Throws `InputError` when the FADT's is missing, when
 /// one is not a readable, non-empty file of at most 16 MiB, and when one holds another table.
 ///
-/// A dump that is shorter than its header says is taken as it stands, since firmware can deliver
+/// A dump that is shorter than its header says is taken as it is, since firmware can deliver
 /// such a table, with a line to `warnings`.
 MachineTables ReadDumps(const std::filesystem::path& directory, std::ostream& warnings);

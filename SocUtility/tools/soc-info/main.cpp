@@ -147,7 +147,7 @@ int run(int argc, char** argv) {
   } catch (const CLI::ExcludesError& error) {
     throw InputError(app.get_subcommands().empty()
                          ? std::string(error.what())
-                         : "options stand after the subcommand, as in: soc-info identify --json");
+                         : "put options after the subcommand, as in: soc-info identify --json");
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : BAD_INPUT;  // 0: help or version was asked for
   }
