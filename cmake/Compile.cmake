@@ -11,8 +11,26 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# -O3 makes the image a tenth larger and no query faster.
-string(REPLACE "-O3" "-O2" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
+if(NOT MSVC)
+  # -O3 makes the image a tenth larger and no query faster.
+  string(REPLACE "-O3" "-O2" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
+endif()
+
+if(PROJECT_IS_TOP_LEVEL AND NOT WIN32)
+  add_compile_options($<$<CONFIG:Release>:-g>) # installed apart, as symbols
+endif()
+
+# Images for Windows have Control Flow Guard, and debug information in a PDB beside each. They are the
+# same in whatever folder they are built.
+if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-mguard=cf> $<$<COMPILE_LANGUAGE:C,CXX>:-g>
+    $<$<COMPILE_LANGUAGE:C,CXX>:-gcodeview> $<$<COMPILE_LANGUAGE:C,CXX>:-gno-codeview-command-line>
+    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+  add_link_options(-mguard=cf -s
+    -Wl,--dynamicbase,--nxcompat,--high-entropy-va,--no-insert-timestamp,--pdb=
+    -Wl,-Xlink=-pdbaltpath:%_PDB%,-Xlink=-pdbsourcepath:.)
+endif()
 
 set(ZYN_SANITIZER_FLAGS)
 if(ZYN_SANITIZERS)
@@ -24,5 +42,8 @@ endif()
 
 # Linked by the project's own targets only, not handed on to consumers.
 add_library(SocWarnings INTERFACE)
-target_compile_options(SocWarnings INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+if(MSVC)
+  target_compile_options(SocWarnings INTERFACE /W4)
+else()
+  target_compile_options(SocWarnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+endif()

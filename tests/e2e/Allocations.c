@@ -5,10 +5,11 @@
 
 #include "Host.h"
 
-static uint64_t left;
 static bool failed;
 
 #if defined(ALLOCATIONS_CAN_FAIL)
+static uint64_t left;
+
 #define REPLACES __attribute__((visibility("default")))
 
 void* __libc_malloc(size_t size);
@@ -37,15 +38,18 @@ REPLACES void* realloc(void* block, size_t size) {
 
 bool HostFailAllocation(uint64_t n) {
   failed = false;
-  left = n;
 #if defined(ALLOCATIONS_CAN_FAIL)
+  left = n;
   return true;
 #else
+  (void)n;
   return false;
 #endif
 }
 
 bool HostAllocationFailed(void) {
+#if defined(ALLOCATIONS_CAN_FAIL)
   left = 0;
+#endif
   return failed;
 }

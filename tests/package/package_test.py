@@ -158,7 +158,7 @@ class PackageTest(unittest.TestCase):
                     self.assertNotIn(str(directory), path.read_text(), path)
 
     def test_cmake_package_names_the_header_for_every_cmake(self):
-        text = self.file("ZynSystemInfoConfig.cmake").read_text()
+        text = self.file("ZynSystemInfoTargets.cmake").read_text()
         self.assertIn('INTERFACE_INCLUDE_DIRECTORIES "${_IMPORT_PREFIX}/include"', text)
 
     def test_links_of_the_texts_lead_somewhere(self):
@@ -166,15 +166,21 @@ class PackageTest(unittest.TestCase):
         self.assertNotEqual(texts, [])
         self.assertEqual([fault for path in texts for fault in broken_links(path)], [])
 
-    def test_archive_holds_what_is_installed(self):
-        folder = options.work / "archive"
+    def test_archives_hold_what_is_installed(self):
+        folder = options.work / "archives"
         run("cpack", "--config", options.build / "CPackConfig.cmake", "-B", folder)
-        archives = [path for path in folder.iterdir() if path.suffix in {".gz", ".zip"}]
-        self.assertEqual(len(archives), 1)
-        shutil.unpack_archive(archives[0], folder / "unpacked")
-        [top] = (folder / "unpacked").iterdir()
-        unpacked = sorted(path.relative_to(top) for path in top.rglob("*") if path.is_file())
-        self.assertEqual(unpacked, [path.relative_to(self.prefix) for path in self.files])
+        package, symbols = [], []
+        for archive in folder.iterdir():
+            if archive.suffix in {".gz", ".zip"}:
+                place = folder / archive.stem
+                shutil.unpack_archive(archive, place)
+                [top] = place.iterdir()
+                found = symbols if "-symbols." in archive.name else package
+                found += (path.relative_to(top) for path in top.rglob("*") if path.is_file())
+        self.assertEqual({path.suffix for path in symbols},
+                         {".pdb" if built_for_windows() else ".debug"})
+        self.assertEqual(sorted(package + symbols),
+                         [path.relative_to(self.prefix) for path in self.files])
 
 
 if __name__ == "__main__":

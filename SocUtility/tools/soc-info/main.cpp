@@ -136,6 +136,7 @@ int run(int argc, char** argv) {
   CLI::App app("Shows what this machine's system-on-chip can do, and how that was found out.",
                "soc-info");
   Arguments arguments;
+  app.allow_windows_style_options(false);  // a path may begin with a slash
   app.set_version_flag("--version", "soc-info " SOC_INFO_VERSION);
   app.require_subcommand(0, 1);
   app.footer(EXIT_CODES);
