@@ -138,6 +138,7 @@ int run(int argc, char** argv) {
   Arguments arguments;
   app.allow_windows_style_options(false);  // a path may begin with a slash
   app.set_version_flag("--version", "soc-info " SOC_INFO_VERSION);
+  app.allow_windows_style_options(false);  // a path may begin with a slash there too
   app.require_subcommand(0, 1);
   app.footer(EXIT_CODES);
   addCommands(app, arguments);
