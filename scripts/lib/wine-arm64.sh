@@ -1,70 +1,136 @@
-# Runs Windows ARM64 programs on any Linux machine: in an arm64 Debian tree with Wine, whose programs
-# qemu runs. Sourced after common.sh, cache.sh and wine.sh.
+# Runs Windows ARM64 programs on any Linux machine: by the Wine of an arm64 Debian, which qemu runs.
+# Nothing of either is installed on the machine. Sourced after common.sh, cache.sh, mirror.sh and
+# wine.sh.
 
-binfmt=/proc/sys/fs/binfmt_misc
+wine_suite=trixie # Debian 13, with Wine 10 (docs/windows.md says what to do when it is gone)
 
-# arm64_prepare: sets arm64_tree to the folder of the tree, which it makes in the cache the first
-# time (a minute, 1.4 GB). Root only: the tree is entered by chroot.
+# arm64_prepare: fetches Wine and qemu into the cache and makes a Wine system there, where this has
+# not been done. From here to the end of the script nobody else uses them.
 arm64_prepare() {
-  ((EUID == 0)) || die "Running ARM64 programs needs root, for chroot and mounts."
-  require debootstrap=debootstrap qemu-aarch64-static=qemu-user-static
-  arm64_tree=$(cache_dir arm64)/debian
-  register_qemu
-  [[ ! -f $arm64_tree/ready ]] || return 0
-  step "Making an arm64 Debian tree with Wine"
-  make_tree
-  step "Making a Wine system in it"
-  arm64_session arm64_wine wineboot --init >"$arm64_tree/setup.log" 2>&1 ||
-    die "$(cat "$arm64_tree/setup.log")"
-  touch "$arm64_tree/ready"
+  ((EUID == 0)) || die "Running ARM64 programs needs root: for mounts, unshare and binfmt_misc."
+  export arm64_home arm64_tree
+  arm64_home=$(cache_dir "wine-arm64-$wine_suite")
+  exec 8>"$arm64_home/lock"
+  flock 8
+  arm64_tree=$arm64_home/tree
+  [[ ! -d $arm64_tree ]] || return 0
+
+  step "Fetching Wine for ARM64"
+  arm64_tree=$arm64_home/unfinished
+  logged fetch fetch_wine
+  unpack_wine
+  step "Making a Wine system for ARM64"
+  logged wineboot arm64_session timeout 300 scripts/lib/run-wine-arm64 wineboot --init
+  mv "$arm64_tree" "$arm64_home/tree"
+  arm64_tree=$arm64_home/tree
 }
 
-# The kernel starts arm64 programs with qemu, by the rule that the qemu package brings.
-register_qemu() {
-  [[ -f $binfmt/register ]] || mount -t binfmt_misc binfmt_misc "$binfmt"
-  [[ -f $binfmt/qemu-aarch64 ]] ||
-    grep '^:' /usr/lib/binfmt.d/qemu-aarch64.conf >"$binfmt/register"
+# logged NAME FUNCTION [ARGUMENT ...]: the function in a shell of its own, its output in NAME.log.
+logged() {
+  local log=$arm64_home/$1.log
+  shift
+  "$@" >"$log" 2>&1 & # not in the condition itself, where a failing command ends nothing
+  wait $! || die "$(tail -n 30 "$log")
+All output: $log"
 }
 
-# debootstrap fetches and checks the packages; they are only unpacked, not configured, for that
-# would run their scripts, through qemu, and Wine needs nothing of it.
-make_tree() {
-  local codename mirror package
-  codename=$(. /etc/os-release && printf '%s' "$VERSION_CODENAME")
-  mirror=$(apt-get indextargets --format '$(CODENAME) $(REPO_URI)' 'Created-By: Packages' |
-    awk -v codename="$codename" '$1 == codename { print $2; exit }')
-  [[ -n $mirror ]] || die "apt has no source for Debian $codename."
+# use_wine_suite: from here on apt's commands of this shell know the suite alone, for arm64 and for
+# this machine, and keep what they fetch in the cache.
+use_wine_suite() {
+  local apt=$arm64_home/apt host mirror
+  host=$(dpkg --print-architecture)
+  mirror=$(debian_mirror)
+  mkdir -p "$apt"/{lists,cache/archives}/partial
+  : >"$apt/status"
+  printf '%s [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] %s %s main\n' \
+    deb "$mirror" "$wine_suite" deb-src "$mirror" "$wine_suite" >"$apt/sources"
+  cat >"$apt/configuration" <<END
+APT::Architectures { "$host"; "arm64"; };
+APT::Sandbox::User "root";
+Acquire::Languages "none";
+Dir::Cache "$apt/cache";
+Dir::Etc::sourcelist "$apt/sources";
+Dir::Etc::sourceparts "/dev/null";
+Dir::State::lists "$apt/lists";
+Dir::State::status "$apt/status";
+END
+  export APT_CONFIG=$apt/configuration
+  apt-get update -qq
+}
+
+# fetch_wine: the packages with the programs themselves, and the C library. All else that these
+# depend on is for fonts, pictures, sound and devices, and Wine looks for it when it runs.
+fetch_wine() {
+  local package
+  mkdir -p "$arm64_home/debs"
+  use_wine_suite
+  cd "$arm64_home/debs"
+  apt-get download -qq {libc6,libgcc-s1,libwine,wine64}:arm64 qemu-user
+  for package in *.deb; do
+    dpkg-deb --show "$package"
+  done >"$arm64_home/versions"
+}
+
+unpack_wine() {
+  local package
   rm -rf "$arm64_tree"
-  debootstrap --foreign --arch=arm64 --variant=minbase --include=libwine,wine64 \
-    --keyring=/usr/share/keyrings/debian-archive-keyring.gpg \
-    "$codename" "$arm64_tree" "$mirror" >"$arm64_tree.log" 2>&1 || die "$(tail "$arm64_tree.log")"
-  for package in "$arm64_tree"/var/cache/apt/archives/*.deb; do
-    dpkg-deb --fsys-tarfile "$package" | tar -x --keep-directory-symlink -C "$arm64_tree"
+  mkdir -p "$arm64_tree"/{dev,proc,srv}
+  ln -s usr/lib "$arm64_tree/lib"
+  for package in "$arm64_home"/debs/*_arm64.deb; do
+    dpkg-deb --extract "$package" "$arm64_tree"
   done
-  rm -rf "$arm64_tree"/var/cache/apt/archives "$arm64_tree/proc"
-  mkdir -p "$arm64_tree"/{proc,srv}
-  cp "$arm64_tree/usr/share/base-passwd/passwd.master" "$arm64_tree/etc/passwd"
+  ln -sf wineserver64 "$arm64_tree/usr/lib/wine/wineserver" # a shell script, and there is no shell
+  dpkg-deb --fsys-tarfile "$arm64_home"/debs/qemu-user_*.deb |
+    tar -xO ./usr/bin/qemu-aarch64 >"$arm64_home/qemu-aarch64"
+  chmod +x "$arm64_home/qemu-aarch64"
+  rm -rf "$arm64_home"/{apt,debs}
 }
 
-# arm64_session FUNCTION [ARGUMENT ...]: calls the function, or a command, in a namespace where the
-# project, /tmp and the arguments' paths mean the same inside the tree as outside. At its end all
-# that it started ends and nothing stays mounted.
+# arm64_session COMMAND [ARGUMENT ...]: runs the command, which may use run-wine-arm64, in
+# namespaces where the project, the cache and /tmp have the same paths inside the tree as outside.
+# At its end all that it started ends and nothing stays mounted.
 arm64_session() {
-  export arm64_tree
-  export -f arm64_wine wine_environment
-  unshare --mount --pid --fork --kill-child bash -euc '
-    mount -t proc proc /proc
-    mount --rbind /proc "$arm64_tree/proc"
-    mount --rbind /dev "$arm64_tree/dev"
-    for folder in /tmp "$PWD"; do
-      mkdir -p "$arm64_tree$folder"
-      mount --bind "$folder" "$arm64_tree$folder"
-    done
-    "$@"' arm64_session "$@"
+  (
+    wine_environment /srv/wine
+    # Debian's Wine is marked for branch targets that its assembly lacks. This processor ignores it.
+    export QEMU_CPU=neoverse-n1
+    unshare --mount --pid --fork --kill-child \
+      bash -euo pipefail -c "$(declare -f enter_session qemu_rule); enter_session \"\$@\"" \
+      arm64_session "$@"
+  )
 }
 
-# arm64_wine PROGRAM [ARGUMENT ...]: runs a Windows program, in a session only.
-arm64_wine() {
-  wine_environment /srv/wine
-  chroot "$arm64_tree" /usr/bin/env -C "$PWD" /usr/lib/wine/wine64 "$@"
+enter_session() {
+  local folder status=0
+  mount -t proc proc /proc
+  mount --rbind /proc "$arm64_tree/proc"
+  mount --rbind /dev "$arm64_tree/dev"
+  for folder in /tmp "$PWD" "${arm64_home%/*}"; do
+    mkdir -p "$arm64_tree$folder"
+    mount --bind "$folder" "$arm64_tree$folder"
+  done
+  if [[ -n ${arm64_dlls:-} ]]; then # these instead of Wine's own of the same names
+    for folder in usr/lib/aarch64-linux-gnu/wine/aarch64-windows srv/wine/drive_c/windows/system32; do
+      folder=$arm64_tree/$folder
+      mount -t overlay -o "lowerdir=$arm64_dlls:$folder" overlay "$folder"
+    done
+  fi
+  qemu_rule add
+  "$@" || status=$?
+  qemu_rule remove
+  return "$status"
+}
+
+# qemu_rule add|remove: the kernel's rule that has qemu start arm64 programs: those with these first
+# bytes, of which the second row is the mask.
+qemu_rule() {
+  local rules=/proc/sys/fs/binfmt_misc rule=wine-arm64
+  [[ -e $rules/register ]] || mount -t binfmt_misc binfmt_misc "$rules"
+  [[ ! -e $rules/$rule ]] || echo -1 >"$rules/$rule"
+  if [[ $1 == add ]]; then
+    printf '%s' ":$rule:M::" \
+      '\x7fELF\x02\x01\x01\x00\x00\x00\x00\x00\x00\x00\x00\x00\x02\x00\xb7\x00' ':' \
+      '\xff\xff\xff\xff\xff\xff\xff\x00\xff\xff\xff\xff\xff\xff\xff\xff\xfe\xff\xff\xff' \
+      ":$arm64_home/qemu-aarch64:F" >"$rules/register"
+  fi
 }
