@@ -50,10 +50,11 @@ install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOC
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
   FILES_MATCHING PATTERN "*.md" PATTERN "*.json"
   REGEX "(architecture|performance|releasing|windows).md$" EXCLUDE)
-install(DIRECTORY examples/c-client examples/cpp-client examples/python examples/provider
-  examples/machines
+install(DIRECTORY examples/c-client examples/cpp-client examples/node examples/python
+  examples/provider examples/machines
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
   PATTERN "__pycache__" EXCLUDE
+  PATTERN "node_modules" EXCLUDE
   PATTERN "*.asl" EXCLUDE
   PATTERN "*.inc" EXCLUDE
   PATTERN "rebuild" EXCLUDE

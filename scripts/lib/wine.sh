@@ -13,16 +13,17 @@ wine_environment() {
 }
 
 # wine_prepare PREFIX: installs Wine, exports its environment and, where PREFIX has none yet, makes
-# a system there: ten seconds and 700 MB.
+# a system there that says it is Windows 10: ten seconds and 700 MB.
 wine_prepare() {
   require "$wine_program=wine64" wineserver=wine
   wine_environment "$1"
-  [[ ! -f $1/ready ]] || return 0
+  [[ ! -f $1/windows-10 ]] || return 0
   step "Making a Wine system"
   mkdir -p "$1"
-  "$wine_program" wineboot --init >"$1/setup.log" 2>&1 || die "$(cat "$1/setup.log")"
+  { "$wine_program" wineboot --init && "$wine_program" winecfg -v win10; } \
+    >"$1/setup.log" 2>&1 || die "$(cat "$1/setup.log")"
   wineserver --kill --wait || true # writes the registry
-  touch "$1/ready"
+  touch "$1/windows-10"
 }
 
 # wine_stop: ends every process of the system that wine_prepare chose, as a reboot would.
