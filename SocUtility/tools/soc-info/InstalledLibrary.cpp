@@ -72,7 +72,7 @@ std::uint32_t ask(Soc_GetCapabilityFn* scalar, Soc_GetCapabilityFn* serialized, 
 
 }  // namespace
 
-InstalledLibrary::InstalledLibrary(std::string file)
+InstalledLibrary::InstalledLibrary(const std::string& file)
     : path_(file.empty() ? findLibrary() : fs::absolute(file).string()) {
   void* const library = dlOpen(path_.c_str(), DL_NOW | DL_LOCAL);
   if (library == nullptr) {

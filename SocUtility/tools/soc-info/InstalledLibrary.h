@@ -12,7 +12,7 @@ class InstalledLibrary {
  public:
   /// Loads `file`. An empty one means the library beside this program or, except on Windows, in the
   /// package's library folder. Throws `InputError`.
-  explicit InstalledLibrary(std::string file);
+  explicit InstalledLibrary(const std::string& file);
 
   const std::string& Path() const { return path_; }
   /// Where the library looks for a provider first, with a slash at the end.
