@@ -24,12 +24,9 @@ endfunction()
 # The C++ runtime is part of the image and hidden in it: a C process pays nothing for it. Sanitizers
 # bring runtimes of their own, which a program shares with its libraries.
 function(zyn_link_runtime_statically target)
-  if(MSVC)
-    set_target_properties(${target} PROPERTIES
-      MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
-  elseif(MINGW)
+  if(MINGW)
     target_link_options(${target} PRIVATE -static)
-  else()
+  elseif(NOT MSVC) # whose objects each name their runtime
     target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
   endif()
 endfunction()
