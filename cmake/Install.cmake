@@ -55,6 +55,7 @@ install(DIRECTORY examples/c-client examples/cpp-client examples/node examples/p
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
   PATTERN "__pycache__" EXCLUDE
   PATTERN "node_modules" EXCLUDE
+  REGEX "/python/(build|.*\\.egg-info)$" EXCLUDE # left there by pip
   PATTERN "*.asl" EXCLUDE
   PATTERN "*.inc" EXCLUDE
   PATTERN "rebuild" EXCLUDE
