@@ -10,13 +10,25 @@
 ///    on a failure.
 /// 3. `size` must point to a valid value, and so must `major` and `minor`: null is not tested.
 /// 4. Everything is little-endian. Strings end with a NUL byte.
-/// 5. Any thread may call any function, in any order, until the process begins to exit. The first
-///    call of each query function identifies the chip and may load a provider library; later ones
-///    only read.
-/// 6. A refused component or key, and a list that does not fit, put one line on standard error.
-/// 7. No function throws. A provider library that calls a query function on the thread that is
-///    asking it gets `FAILURE`; on another thread the call waits until the provider is done, so it
-///    must not wait for such a thread.
+/// 5. Any thread may call any function, in any order. The first call of each query function
+///    identifies the chip and may load a provider library; later ones only read. Of first calls that
+///    arrive together one does this, and the others wait.
+/// 6. A query function must not be called under the loader lock (from `DllMain`, or from a
+///    constructor or destructor of a library), after the process began to exit, or in a forked child
+///    whose parent had another thread in a query. It can wait there for ever.
+/// 7. A refused component or key, and a list that does not fit, put one line on standard error.
+/// 8. No function throws. What fails for a reason beside the arguments returns `FAILURE`:
+///    - `Soc_GetCapability` only: the chip is unknown, and no provider's answers were imported. The
+///      call that looked for a provider still answers; all later ones fail.
+///    - Memory ran out, or a provider threw a C++ exception. The next call tries again. But where
+///      memory runs out while a firmware table is read or a provider loaded, the chip counts as
+///      unknown or the provider as absent until this library is unloaded.
+///    - A provider called the function on the thread that is asking it, and the call needed an
+///      import of its own. On another thread such a call waits until the provider is done, so a
+///      provider must not wait for that thread.
+///    - `Soc_GetCapabilitySerialized` only: a name of the list exceeds 31 bytes.
+///    A hardware fault in a provider goes to the program. If the program handles it, the import has
+///    failed for good, and no call waits for it.
 #ifndef ZYN_SYSTEM_INFO_H
 #define ZYN_SYSTEM_INFO_H
 
@@ -81,8 +93,7 @@ SOC_API uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) SOC_NOEXCEPT;
 /// \param size      In: bytes at `buffer`. Out: see below and GPU key 4; otherwise unchanged.
 /// \return `SUCCESS`; `NULL_BUFFER` (`*size` becomes 8); `INSUFFICIENT_SIZE` (`*size` becomes the
 ///         minimum, or the name's length with its NUL); `UNSUPPORTED_COMPONENT`; `UNSUPPORTED_KEY`;
-///         `FAILURE` when the chip is unknown and no provider library could be used (every call
-///         after the one that looked for a provider), or when the system ran out of memory.
+///         `FAILURE` (see 8 above).
 SOC_API uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer,
                                    uint64_t* size) SOC_NOEXCEPT;
 
@@ -98,8 +109,8 @@ SOC_API uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffe
 /// \param buffer    Receives the entries; must not be null, even to ask for the size.
 /// \param size      In: bytes at `buffer`. Out: bytes written (0 for an empty list) or required.
 /// \return `SUCCESS`; `NULL_BUFFER` (`*size` unchanged); `INSUFFICIENT_SIZE` (`*size` becomes the
-///         bytes required); `UNSUPPORTED_COMPONENT`; `UNSUPPORTED_KEY`; `FAILURE` when a name of
-///         the list exceeds 31 bytes (`*size` becomes 2^64 - 1) or the system ran out of memory.
+///         bytes required); `UNSUPPORTED_COMPONENT`; `UNSUPPORTED_KEY`; `FAILURE` (see 8 above;
+///         `*size` becomes 2^64 - 1 when a name exceeds 31 bytes).
 SOC_API uint32_t Soc_GetCapabilitySerialized(uint64_t component, uint64_t key, void* buffer,
                                              uint64_t* size) SOC_NOEXCEPT;
 
