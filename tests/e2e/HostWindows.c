@@ -60,25 +60,11 @@ bool HostRunTogether(size_t count, void (*task)(void* item), void* items, size_t
   }
   SetEvent(gate);
   for (size_t i = 0; i < count; ++i) {
-    WaitForSingleObject(threads[i], INFINITE);
+    if (WaitForSingleObject(threads[i], 60 * 1000) != WAIT_OBJECT_0) {
+      return false;
+    }
     CloseHandle(threads[i]);
   }
   CloseHandle(gate);
   return true;
-}
-
-HostUse HostMeasure(void) {
-  /* By trial and by walking the address space, since not every system that runs these images counts
-   * the handles and the memory of a process itself. */
-  HostUse use = {0, 0};
-  for (uintptr_t handle = 4; handle < 0x4000; handle += 4) {
-    DWORD flags;
-    use.handles += GetHandleInformation((HANDLE)handle, &flags) ? 1 : 0;
-  }
-  MEMORY_BASIC_INFORMATION region;
-  for (const char* at = NULL; VirtualQuery(at, &region, sizeof region) != 0;
-       at = (const char*)region.BaseAddress + region.RegionSize) {
-    use.bytes += region.State == MEM_COMMIT && region.Type == MEM_PRIVATE ? region.RegionSize : 0;
-  }
-  return use;
 }

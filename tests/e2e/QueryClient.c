@@ -9,11 +9,12 @@
  *   version                    "status major minor"
  *   load PATH                  loads another library for good: "0" when it is loaded, else "1"
  *   reload                     unloads the product and loads it afresh; answers nothing
- *   measure                    "handles bytes"
+ *   measure                    "handles blocks"
  *
  * A query's result is "status size bytes": the size afterwards and the whole buffer in hex, which
  * was filled with a5 before. "overrun" follows when bytes past the size were written, "failed" when
- * an allocation failed, "unsupported" when none can be made to. */
+ * an allocation failed, "unsupported" when none can be made to, "threw" or "faulted" when the call
+ * did not return. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -23,13 +24,12 @@
 enum { CAPACITY = 512, GUARD = 64, FILL = 0xA5, MAX_WORDS = 10 };
 
 typedef uint32_t (*VersionFunction)(uint8_t*, uint8_t*);
-typedef uint32_t (*QueryFunction)(uint64_t, uint64_t, void*, uint64_t*);
 
 static const char* productPath;
 static void* product;
 static VersionFunction getVersion;
-static QueryFunction getScalar;
-static QueryFunction getSerialized;
+static HostQuery getScalar;
+static HostQuery getSerialized;
 
 /* A query and, once asked, its result. */
 typedef struct {
@@ -39,6 +39,7 @@ typedef struct {
   bool isNull;
   uint64_t size;
   uint64_t shown; /* bytes of the buffer that belong to the caller's size */
+  HostEnd end;
   uint32_t status;
   uint8_t bytes[CAPACITY + GUARD];
 } Query;
@@ -72,6 +73,8 @@ static void putResult(const Query* query, const char* remark) {
       remark = " overrun";
     }
   }
+  static const char* const ENDS[] = {"", " threw", " faulted"};
+  fputs(ENDS[query->end], stdout);
   puts(remark);
 }
 
@@ -80,9 +83,10 @@ static void loadProduct(void) {
   if (product == NULL) {
     stopWith("the product does not load\n");
   }
+  HostIntercept(product);
   getVersion = (VersionFunction)HostSymbol(product, "Soc_GetAPIVersion");
-  getScalar = (QueryFunction)HostSymbol(product, "Soc_GetCapability");
-  getSerialized = (QueryFunction)HostSymbol(product, "Soc_GetCapabilitySerialized");
+  getScalar = (HostQuery)HostSymbol(product, "Soc_GetCapability");
+  getSerialized = (HostQuery)HostSymbol(product, "Soc_GetCapabilitySerialized");
 }
 
 static Query parseQuery(char** words) {
@@ -98,9 +102,8 @@ static Query parseQuery(char** words) {
 
 static void ask(void* item) {
   Query* const query = item;
-  const QueryFunction function = query->isScalar ? getScalar : getSerialized;
-  query->status =
-      function(query->component, query->key, query->isNull ? NULL : query->bytes, &query->size);
+  query->end = HostAsk(query->isScalar ? getScalar : getSerialized, query->component, query->key,
+                       query->isNull ? NULL : query->bytes, &query->size, &query->status);
 }
 
 static void askFromThreads(size_t count, char** words) {
@@ -109,7 +112,7 @@ static void askFromThreads(size_t count, char** words) {
     queries[i] = parseQuery(words + i % 2 * 4);
   }
   if (!HostRunTogether(count, ask, queries, sizeof queries[0])) {
-    stopWith("the threads did not start\n");
+    stopWith("the threads did not start or do not end\n");
   }
   for (size_t i = 0; i < count; ++i) {
     putResult(&queries[i], "");
@@ -143,7 +146,7 @@ static void obey(char** words, size_t count) {
   } else if (strcmp(command, "measure") == 0) {
     const HostUse use = HostMeasure();
     putNumber(use.handles, ' ');
-    putNumber(use.bytes, '\n');
+    putNumber(use.blocks, '\n');
   } else {
     stopWith("no such command\n");
   }

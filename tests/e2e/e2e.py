@@ -6,6 +6,7 @@ import subprocess
 import sys
 import unittest
 
+from failure_test import Allocations, Exceptions, Faults  # noqa: F401
 from import_test import Import  # noqa: F401
 from lifetime_test import Lifetime  # noqa: F401
 from loading_test import Finding, Machines, WithoutProvider  # noqa: F401

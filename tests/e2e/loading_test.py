@@ -1,13 +1,10 @@
 """Which provider is loaded, if any, and what the queries answer without one."""
 
 import json
-import shutil
-import subprocess
-import unittest
 
 from facts import (LIST, LIST_DEFAULT, LIST_IMPORTED, REFUSED, SCALAR, SCALAR_DEFAULT,
                    SCALAR_IMPORTED, Tests)
-from scenario import PROVIDER, Result, Settings, run
+from scenario import PROVIDER, Result, Settings, run, table_wrapper, tables_of
 
 
 class WithoutProvider(Tests):
@@ -68,30 +65,15 @@ class Finding(Tests):
 class Machines(Tests):
     """The machines of the examples: their firmware tables take the place of this machine's."""
 
-    @classmethod
-    def setUpClass(cls):
-        # A tmpfs takes the place of the whole tree, since the folder need not exist here.
-        show = "mount -t tmpfs none /sys && mkdir -p /sys/firmware/acpi/tables"
-        use = ' && cp firmware/* /sys/firmware/acpi/tables && exec "$@"'
-        namespace = ["unshare", "--mount", "--map-root-user", "sh", "-c"]
-        cls.wrapper = [*namespace, show + use, "sh"]
-        if Settings.is_windows() or shutil.which("unshare") is None or subprocess.run(
-                [*namespace, show], capture_output=True, check=False).returncode != 0:
-            raise unittest.SkipTest("only a Linux process can be shown other firmware tables, in a "
-                                    "mount namespace")
-
     def test_only_a_chip_without_a_row_asks_the_provider(self):
+        wrapper = table_wrapper()
         known = []
         for file in sorted(Settings.machines.glob("*/capabilities.json")):
             machine = json.loads(file.read_text())
             known.append(machine["chip"]["known"])
             with self.subTest(file.parent.name):
-                # Made from a source, or captured.
-                tables = {f"firmware/{signature}": (file.parent / name).read_bytes()
-                          for signature in ("FACP", "PPTT")
-                          for name in (f"{signature.lower()}.dat", signature)
-                          if (file.parent / name).exists()}
-                outcome = run(["s 3 4 64"], "Scripted", extra=tables, wrapper=self.wrapper)
+                outcome = run(["s 3 4 64"], "Scripted", extra=tables_of(file.parent),
+                              wrapper=wrapper)
                 name = next(row["value"] for row in machine["capabilities"]
                             if (row["component"], row["key"]) == ("GPU", 4))
                 name = name if known[-1] else "Turnstone 860"

@@ -14,6 +14,9 @@
  *   tell AGAIN 0 TEXT       writes TEXT and a line's end to descriptor 3, then answers; only TEXT,
  *                           and for ever, if AGAIN is not 0
  *   signal NUMBER 0 -       raises that signal, then answers
+ *   fault 0 0 -             writes where nothing is
+ *   except KIND 0 -         lets an exception out (see Throwing.cpp), then answers; only in a
+ *                           provider that is compiled with THROWS
  *   quit | abort | hang     ends the process, or never returns; two numbers and a text follow
  *
  * A question without a line is answered by the example. */
@@ -30,13 +33,14 @@
 #define PROVIDER_EXPORT __attribute__((visibility("default")))
 #endif
 
-typedef uint32_t (*QueryFunction)(uint64_t, uint64_t, void*, uint64_t*);
-
 /* The example's query under another name. */
 uint32_t ExampleGetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size);
 PROVIDER_EXPORT uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor);
 PROVIDER_EXPORT uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer,
                                            uint64_t* size);
+#if defined(THROWS)
+void ThrowException(uint64_t kind);
+#endif
 
 enum { MAX_TEXT = 1024 };
 
@@ -111,8 +115,8 @@ static void askBack(const char* library) {
   char buffer[512];
   uint64_t size = 8;
   uint64_t listSize = sizeof buffer;
-  const QueryFunction scalar = (QueryFunction)HostSymbol(product, "Soc_GetCapability");
-  const QueryFunction list = (QueryFunction)HostSymbol(product, "Soc_GetCapabilitySerialized");
+  const HostQuery scalar = (HostQuery)HostSymbol(product, "Soc_GetCapability");
+  const HostQuery list = (HostQuery)HostSymbol(product, "Soc_GetCapabilitySerialized");
   const uint64_t statuses[] = {scalar(2, 1, buffer, &size), list(2, 16, buffer, &listSize)};
   logLine("call", statuses, 2);
   HostClose(product);
@@ -137,6 +141,16 @@ static void obey(const Rule* rule) {
     case 's':
       (void)raise((int)rule->status);
       break;
+    case 'f': {
+      volatile char* volatile nowhere = NULL;
+      *nowhere = 0;
+      break;
+    }
+#if defined(THROWS)
+    case 'e':
+      ThrowException(rule->status);
+      break;
+#endif
     case 'q':
       exit(0);
     case 'a':

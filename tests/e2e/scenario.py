@@ -5,6 +5,7 @@ The folder is the process's working directory and holds
   app/           the client; the platform's search finds a provider here
   provider.txt   tells the provider how to misbehave (see provider.c)
   provider.log   what the provider was asked
+  firmware/      the tables that the process sees in place of this machine's, if there are any
 """
 
 import os
@@ -12,6 +13,7 @@ import pathlib
 import shutil
 import subprocess
 import tempfile
+import unittest
 from typing import NamedTuple
 
 PROVIDER = "RzSoCServiceUtils.dll"
@@ -27,12 +29,6 @@ class Settings:
     @classmethod
     def is_windows(cls):
         return cls.client.suffix == ".exe"
-
-    @classmethod
-    def is_windows_x64(cls):
-        image = cls.library.read_bytes()
-        header = int.from_bytes(image[0x3C:0x40], "little")
-        return cls.is_windows() and image[header : header + 6] == b"PE\0\0\x64\x86"
 
     @classmethod
     def product(cls):
@@ -71,12 +67,36 @@ def number(value, size=8):
     return value.to_bytes(size, "little", signed=value < 0).hex()
 
 
+def tables_of(machine):
+    """The files of a scenario that show it the tables of an example machine, by its folder."""
+    return {f"firmware/{signature}": (machine / name).read_bytes()
+            for signature in ("FACP", "PPTT")
+            for name in (f"{signature.lower()}.dat", signature)  # made from a source, or captured
+            if (machine / name).exists()}
+
+
+def table_wrapper():
+    """The command to start a client with that is to see the tables of its scenario. On Windows the
+    client sees to it, and on Linux it needs a mount namespace, without which the test is skipped.
+    """
+    # A tmpfs takes the place of the whole tree, since the folder need not exist here.
+    show = "mount -t tmpfs none /sys && mkdir -p /sys/firmware/acpi/tables"
+    use = ' && cp firmware/* /sys/firmware/acpi/tables && exec "$@"'
+    namespace = ["unshare", "--mount", "--map-root-user", "sh", "-c"]
+    if Settings.is_windows():
+        return ()
+    if shutil.which("unshare") is None or subprocess.run(
+            [*namespace, show], capture_output=True, check=False).returncode != 0:
+        raise unittest.SkipTest("needs a mount namespace to show a process other tables")
+    return [*namespace, show + use, "sh"]
+
+
 def run(commands, provider=None, script=(), extra=None, wrapper=()):
     """Runs the client with these commands and returns the outcome.
 
     provider: the one in lib, as in `extra`. script: lines of provider.txt.
     extra: further files, path to bytes or to a name in the providers' folder.
-    wrapper: a command to start the client's command with.
+    wrapper: a command to start the client's command with, for instance `table_wrapper()`.
     """
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)

@@ -7,7 +7,7 @@ import signal
 import unittest
 
 from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, NO_PROVIDER, ON_WINDOWS,
-                      OWN_FAULT, PROVIDER, RUNTIME_ERROR, Tests)
+                      OWN_FAULT, PROVIDER, RUNTIME_ERROR, THROWING, Tests)
 
 COUNTS, DOES_NOT_COUNT, BAD_INPUT = 0, 1, 2
 
@@ -85,14 +85,14 @@ class CheckProviderTest(Tests):
 
     def test_exception_fails_the_key_or_the_import_as_in_the_library(self):
         # The answer before it is larger than what is offered when the exception comes.
-        _, document, rows = self.check(RUNTIME_ERROR, "2 2 reply 4 4000 -")
+        _, document, rows = self.check(THROWING, RUNTIME_ERROR, "2 2 reply 4 4000 -")
         self.assertEqual((document["exception"], len(rows)), (None, 56))
         self.assertEqual([rows["DSP", 3][name] for name in ("message", "status", "reported")],
                          ['it threw a std::runtime_error, "thrown by the provider"', None, 8])
-        status, document, rows = self.check(OWN_FAULT)
+        status, document, rows = self.check(THROWING, OWN_FAULT)
         self.assertEqual((status, document["stopped"], document["exception"], len(rows)),
                          (DOES_NOT_COUNT, None, {"at": "DSP 3", "text": None}, 2))
-        self.assertIn("every query would fail with 25", self.text(library=OWN_FAULT).stdout)
+        self.assertIn("every query would fail with 25", self.text(OWN_FAULT, library=THROWING).stdout)
 
     def test_what_the_library_prints_or_answers_is_not_taken_for_the_report(self):
         script = ['2 2 print 0 0 {"step": "exit"}', HOSTILE_NAME]

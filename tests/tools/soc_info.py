@@ -16,10 +16,10 @@ MACHINES = pathlib.Path(os.environ["MACHINES"])
 SCHEMA = MACHINES.parent.parent / "docs" / "soc-info.schema.json"
 PROVIDER = os.environ["PROVIDER"]
 NO_PROVIDER = os.environ["NO_PROVIDER"]
-# The two that throw when they are asked DSP 3: an exception of their own type, and one of the
-# standard library.
-OWN_FAULT, RUNTIME_ERROR = (pathlib.Path(PROVIDER).with_name(name + ".dll")
-                            for name in ("OwnFault", "runtime_error"))
+# The one that throws, and lines of its script: an exception of its own type at DSP 3, and one of the
+# standard library, which fails the key.
+THROWING = pathlib.Path(PROVIDER).with_name("Throwing.dll")
+OWN_FAULT, RUNTIME_ERROR = ("2 3 except 2 0 -", "2 3 except 4 0 -")
 # What the scripted provider answers where a terminal or a reader of the report could be misled.
 HOSTILE_NAME = "3 4 reply 0 7 1b5b33316dff00"
 HOSTILE_NAME_VALUE = "\x1b[31m\ufffd"

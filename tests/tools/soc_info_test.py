@@ -8,8 +8,8 @@ import tempfile
 import unittest
 
 from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, LIBRARY, MACHINES,
-                      NO_PROVIDER, ON_WINDOWS, OTHER_LIBRARY, OWN_FAULT, PROVIDER, SOC_INFO, Tests,
-                      schema_faults)
+                      NO_PROVIDER, ON_WINDOWS, OTHER_LIBRARY, OWN_FAULT, PROVIDER, SOC_INFO, THROWING,
+                      Tests, schema_faults)
 
 FACP = (MACHINES / "heron" / "facp.dat").read_bytes()
 PPTT = (MACHINES / "heron" / "pptt.dat").read_bytes()
@@ -139,13 +139,13 @@ class SocInfoTest(Tests):
                           (0, [], "default")])
 
     def test_refused_libraries_are_explained(self):
-        for library, state, reason in [
+        for library, state, reason, *script in [
             (NO_PROVIDER, "rejected", "it lacks the export Soc_GetCapability"),
             (MACHINES / "rebuild", "notFound", "load library failed"),
-            (OWN_FAULT, "failed", "an exception ended the import"),
+            (THROWING, "failed", "an exception ended the import", OWN_FAULT),
         ]:
             with self.subTest(state):
-                document, rows = self.with_provider(library)
+                document, rows = self.with_provider(library, *script)
                 provider = document["provider"]
                 self.assertTrue(document["scalarQueriesFail"])
                 self.assertEqual((provider["state"], provider["reason"]), (state, reason))

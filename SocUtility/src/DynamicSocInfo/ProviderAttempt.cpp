@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "DynamicSocInfo/import/ProviderImport.h"
+#include "platform/ProviderFrame.h"
 #include "platform/WindowsApi.h"
 
 namespace {
@@ -27,38 +28,38 @@ class AttemptLock {
     lock_.lock();
     attemptingThread.store(thisThread, std::memory_order_relaxed);
   }
-  ~AttemptLock() { attemptingThread.store(NO_THREAD, std::memory_order_relaxed); }
+  ~AttemptLock() { Release(); }
   AttemptLock(const AttemptLock&) = delete;
   AttemptLock& operator=(const AttemptLock&) = delete;
+
+  void Release() noexcept {
+    if (lock_.owns_lock()) {
+      attemptingThread.store(NO_THREAD, std::memory_order_relaxed);
+      lock_.unlock();
+    }
+  }
 
  private:
   std::unique_lock<std::mutex> lock_{providerMutex, std::defer_lock};
 };
 
-/// A first throw of the library's own, for systems where each image has its unwinder linked into
-/// it. The library's is not ready before that, while a provider's exception arrives by another one
-/// and would end the process. Windows unwinds by itself.
-void makeUnwinderReady() {
-#ifdef __ELF__
-  try {
-    throw 0;
-  } catch (int) {
-  }
-#endif
-}
+enum class ImportOutcome { NOT_COUNTED, COUNTED, FAILED };
 
-bool importFromProvider(SocInfo& record) {
+/// Lets no exception out. What a provider throws may be of a type of its own, so it is gone before
+/// the provider is unloaded.
+ImportOutcome importFromProvider(SocInfo& record) noexcept try {
   ProviderLoader provider(ServiceUtilsOnly);
   if (!IsAcceptedProvider(provider)) {
-    return false;
+    return ImportOutcome::NOT_COUNTED;
   }
-  makeUnwinderReady();
   try {
-    return ImportProviderCapabilities(provider, record);
+    return ImportProviderCapabilities(provider, record) ? ImportOutcome::COUNTED
+                                                        : ImportOutcome::NOT_COUNTED;
   } catch (...) {
-    // What a provider lets out may be of a type of its own, which is gone once it is unloaded.
-    throw std::runtime_error("import failed");
+    return ImportOutcome::FAILED;
   }
+} catch (...) {
+  return ImportOutcome::FAILED;
 }
 
 }  // namespace
@@ -74,12 +75,33 @@ bool IsAcceptedProvider(const ProviderLoader& provider) {
 }
 
 bool ProviderAttempt::AttemptLocked(SocInfo& record) {
-  const AttemptLock lock;
+  AttemptLock lock;
   if (!IsNeeded()) {
     return false;  // made by another thread meanwhile
   }
+  struct Import {
+    SocInfo& record;
+    ProviderAttempt& attempt;
+    AttemptLock& lock;
+    ImportOutcome outcome;
+  } import{record, *this, lock, ImportOutcome::FAILED};
+  RunAttempt(
+      [](void* context) {
+        auto& running = *static_cast<Import*>(context);
+        running.outcome = importFromProvider(running.record);
+      },
+      [](void* context) {
+        // The program goes on after a fault in the provider, which nobody asks again.
+        auto& abandoned = *static_cast<Import*>(context);
+        abandoned.attempt.providerAttempted_.store(true, std::memory_order_release);
+        abandoned.lock.Release();
+      },
+      &import);
+  if (import.outcome == ImportOutcome::FAILED) {
+    throw std::runtime_error("import failed");
+  }
   // The outcome first: whoever sees that the attempt was made must see how it ended.
-  recordConfirmed_.store(importFromProvider(record), std::memory_order_release);
+  recordConfirmed_.store(import.outcome == ImportOutcome::COUNTED, std::memory_order_release);
   providerAttempted_.store(true, std::memory_order_release);
   return true;
 }

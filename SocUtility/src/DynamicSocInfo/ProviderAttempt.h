@@ -20,9 +20,12 @@ class ProviderAttempt {
   /// Makes the attempt unless it was made or is not needed. Of callers that arrive together one
   /// makes it and the others wait. Returns whether this call made it.
   ///
-  /// Throws `std::bad_alloc`, `std::system_error`, and `std::runtime_error` when an exception left
-  /// the provider or when a provider calls this on the thread that is asking it. The attempt can
-  /// then be made by a later call, and the provider has been unloaded.
+  /// Throws `std::system_error`, and `std::runtime_error` when the import failed (an exception of
+  /// the provider, or no memory) or when a provider calls this on the thread that is asking it. The
+  /// attempt can then be made by a later call, and the provider has been unloaded.
+  ///
+  /// After a hardware fault in the provider that the program handles, the attempt counts as made
+  /// without success, and the provider stays loaded.
   bool EnsureAttempted(SocInfo& record) { return IsNeeded() && AttemptLocked(record); }
 
   /// Whether the record came from the catalogue or an attempt succeeded.

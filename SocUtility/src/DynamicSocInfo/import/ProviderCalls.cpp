@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "ZynSystemInfo.h"
+#include "platform/ProviderFrame.h"
 
 namespace {
 
@@ -61,6 +62,15 @@ bool tryRead(Out& out, std::string* failure, Read read) {
 
 }  // namespace
 
+std::uint32_t AskOnce(Soc_GetCapabilityFn* query, std::uint32_t component, std::uint32_t key,
+                      void* buffer, std::uint64_t* size) {
+  std::uint32_t status = FAILURE;
+  if (!CallProvider(query, component, key, buffer, size, &status)) {
+    throw ForeignException();
+  }
+  return status;
+}
+
 bool ResizeToReported(std::vector<std::uint8_t>& buffer, std::uint64_t size) noexcept {
   if (size > LARGEST_ANSWER) {
     return false;
@@ -81,8 +91,8 @@ std::vector<std::uint8_t> GetCapabilityBytes(ProviderLoader& provider, std::uint
   std::vector<std::uint8_t> buffer(initialSize);
   while (true) {
     std::uint64_t size = buffer.size();
-    switch (
-        provider.getCapability(component, key, buffer.empty() ? nullptr : buffer.data(), &size)) {
+    switch (AskOnce(provider.getCapability, component, key,
+                    buffer.empty() ? nullptr : buffer.data(), &size)) {
       case SUCCESS:
         resizeOrThrow(buffer, size);
         return buffer;

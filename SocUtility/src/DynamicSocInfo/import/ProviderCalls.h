@@ -10,10 +10,22 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <vector>
 
 #include "DynamicSocInfo/provider/ProviderLoader.h"
+
+/// Stands for an exception that left the provider and that no handler here sees, since another
+/// compiler made it. It ends the import.
+class ForeignException : public std::exception {
+ public:
+  const char* what() const noexcept override { return "an exception of another compiler"; }
+};
+
+/// Calls a query of the provider once. Throws `ForeignException`, and what the provider throws.
+std::uint32_t AskOnce(Soc_GetCapabilityFn* query, std::uint32_t component, std::uint32_t key,
+                      void* buffer, std::uint64_t* size);
 
 /// The largest answer taken, in bytes; a provider that reports more fails the call. It lies far
 /// above any capability and below what would drive the process out of memory.

@@ -66,7 +66,7 @@ bool TryGetSerializedBytes(ProviderLoader& provider, std::uint32_t component, st
   while (true) {
     std::uint64_t size = buffer.size();
     const std::uint32_t status =
-        provider.getCapabilitySerialized(component, key, buffer.data(), &size);
+        AskOnce(provider.getCapabilitySerialized, component, key, buffer.data(), &size);
     if (status == SUCCESS) {
       return ResizeToReported(buffer, size);
     }
