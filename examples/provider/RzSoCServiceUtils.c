@@ -37,8 +37,8 @@ enum { DSP = 2, GPU = 3, CPU = 5 };
 /* Answers are little-endian. An answer of another size than its form's is a failed call, even when
  * its value would fit.
  *
- * An import never asks for DSP keys 35 and 45 to 48 and GPU keys 2 and 3. What GPU keys 6 and 7
- * answer here is ZynSystemInfo's answer to GPU keys 2 and 3 too. */
+ * An import never asks for GPU keys 2 and 3, nor for DSP key 35 or any from 45 on. What GPU keys 6
+ * and 7 answer here is ZynSystemInfo's answer to GPU keys 2 and 3 too. */
 
 typedef struct {
   uint64_t component;
