@@ -1,5 +1,5 @@
-/// The scalar query's answers. `ScalarQuery` is what the key table says of a query, whatever the
-/// chip; `ScalarAnswers` is what a record answers, encoded once.
+/// The scalar query's answers. `ScalarForm` is how a key is answered, whatever the chip;
+/// `ScalarAnswers` is what a record answers, encoded once.
 #pragma once
 
 #include <array>
@@ -23,13 +23,13 @@ struct ScalarForm {
 
 inline constexpr std::size_t SCALAR_KEYS = KeyTable<DspInfo>::FIELDS.size();
 
-/// A value for each component, counted from the lowest, and key.
+/// A value for each component and key. The first component is `DSP`; 4 has a row without meaning.
 template <class Value>
 using ScalarTable = std::array<std::array<Value, SCALAR_KEYS>, CPU - DSP + 1>;
 
 /// The form of a key whose field has type `T`.
 template <class T>
-constexpr ScalarForm scalarFormOf() {
+constexpr ScalarForm formOfType() {
   if constexpr (std::is_same_v<T, float>) {
     return {ScalarForm::FLOAT, sizeof(float)};
   } else if constexpr (std::is_same_v<T, std::string>) {
@@ -41,21 +41,19 @@ constexpr ScalarForm scalarFormOf() {
   }
 }
 
-template <class Record>
-constexpr void addScalarForms(ScalarTable<ScalarForm>& forms) {
-  auto& row = forms[KeyTable<Record>::COMPONENT - DSP];
-  for (std::size_t key = 0; key < row.size(); ++key) {
-    row[key] = visitField<Record>(
-        key, []<class T>(T Record::*) { return scalarFormOf<T>(); },
-        [] { return ScalarForm{ScalarForm::NO_KEY}; });
-  }
-}
-
 inline constexpr ScalarTable<ScalarForm> SCALAR_FORMS = [] {
   ScalarTable<ScalarForm> forms{};
-  addScalarForms<DspInfo>(forms);
-  addScalarForms<GpuInfo>(forms);
-  addScalarForms<CpuInfo>(forms);
+  const auto addComponent = [&]<class Record>(KeyTable<Record> component) {
+    auto& row = forms[component.COMPONENT - DSP];
+    for (std::size_t key = 0; key < row.size(); ++key) {
+      row[key] = visitField<Record>(
+          key, []<class T>(T Record::*) { return formOfType<T>(); },
+          [] { return ScalarForm{ScalarForm::NO_KEY}; });
+    }
+  };
+  addComponent(KeyTable<DspInfo>{});
+  addComponent(KeyTable<GpuInfo>{});
+  addComponent(KeyTable<CpuInfo>{});
   return forms;
 }();
 
@@ -73,7 +71,7 @@ constexpr ScalarForm ScalarFormOf(std::uint64_t component, std::uint64_t key) no
   return {forms[lowKey < forms.size() ? lowKey : 0].kind};
 }
 
-/// The answers of a record, which must live as long and not change.
+/// The answers of a record. The record must outlive them and not change.
 class ScalarAnswers {
  public:
   explicit ScalarAnswers(const SocInfo& record);
@@ -84,8 +82,9 @@ class ScalarAnswers {
   std::uint32_t Answer(ScalarForm form, std::uint64_t component, std::uint64_t key, void* buffer,
                        std::uint64_t* size) const noexcept {
     switch (form.kind) {
-      [[likely]] case ScalarForm::NUMBER : std::memcpy(buffer, &Bits(component, key), 8);
-      return SUCCESS;
+      case ScalarForm::NUMBER:
+        std::memcpy(buffer, &Bits(component, key), 8);
+        return SUCCESS;
       case ScalarForm::FLOAT:
         std::memcpy(buffer, &Bits(component, key), 4);
         return SUCCESS;

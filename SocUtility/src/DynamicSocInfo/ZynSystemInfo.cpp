@@ -37,7 +37,7 @@ QueryState& stateOf() {
 /// The scalar answers, once the record is confirmed.
 constinit std::atomic<const ScalarAnswers*> publishedAnswers{nullptr};
 
-/// The scalar query, its arguments checked, until there are published answers.
+/// Answers a scalar query as long as no answers are published. The arguments have been checked.
 std::uint32_t answerUnpublished(std::uint64_t component, std::uint64_t key, void* buffer,
                                 std::uint64_t* size) {
   QueryState& state = stateOf<QueryFunction::SCALAR>();

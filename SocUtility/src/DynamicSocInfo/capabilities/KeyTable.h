@@ -1,7 +1,7 @@
 /// The key table: which record field answers which (component, key) pair.
 ///
-/// Everything else about a capability (its wire form, the provider call that asks it, whether it is
-/// a list) follows from the field's type, so no other place says what a key means.
+/// A capability's wire form, the provider call that asks it, and whether it is a list follow from
+/// the field's type.
 #pragma once
 
 #include <array>

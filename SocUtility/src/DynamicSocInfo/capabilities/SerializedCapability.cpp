@@ -100,15 +100,15 @@ template <class List>
 bool serialize(void* buffer, std::uint64_t* size, std::span<const List* const> lists) {
   using Entry = EntryOf<List>;
   std::uint64_t count = 0;
-  bool isComplete = true;
+  bool everyNameFits = true;
   for (const List* list : lists) {
     count += list->size();
-    isComplete = isComplete && std::ranges::all_of(*list, [](const auto& item) {
-                   return isStorable(elementOf(item));
-                 });
+    everyNameFits = everyNameFits && std::ranges::all_of(*list, [](const auto& item) {
+                      return isStorable(elementOf(item));
+                    });
   }
   const std::uint64_t required = count * sizeof(Entry);
-  if (*size < required || !isComplete) {
+  if (*size < required || !everyNameFits) {
     *size = *size < required ? required : UNSERIALIZABLE;
     return false;
   }

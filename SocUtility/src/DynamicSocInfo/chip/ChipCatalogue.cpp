@@ -17,8 +17,8 @@ SocInfo unknownRow() {
           CpuInfo{},   {GpuInfo(0)}, SIZE_LIMIT, std::string("UNKNOWN_PLX")};
 }
 
-/// A known chip's row with default capabilities.
-SocInfo emptyRow(const ChipRow& row) {
+/// The row of a known chip before it is filled.
+SocInfo rowWithDefaults(const ChipRow& row) {
   std::vector<std::string> names{std::string(row.names[0])};
   if (!row.names[1].empty()) {
     names.emplace_back(row.names[1]);
@@ -31,7 +31,7 @@ ChipCatalogue buildCatalogue() {
   ChipCatalogue catalogue;
   catalogue.Insert(unknownRow());
   for (const ChipRow& row : CHIP_ROWS) {
-    catalogue.Insert(emptyRow(row));
+    catalogue.Insert(rowWithDefaults(row));
     row.fill(catalogue.At(row.socModel));
   }
   return catalogue;
