@@ -29,6 +29,7 @@ endif()
 if(PROJECT_IS_TOP_LEVEL AND MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-mguard=cf> $<$<COMPILE_LANGUAGE:C,CXX>:-g>
     $<$<COMPILE_LANGUAGE:C,CXX>:-gcodeview> $<$<COMPILE_LANGUAGE:C,CXX>:-gno-codeview-command-line>
+    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-compilation-dir=.>
     $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
     $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
   add_link_options(-mguard=cf -s

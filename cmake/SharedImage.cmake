@@ -35,6 +35,10 @@ endfunction()
 function(zyn_export target)
   set(def "${ZYN_IMAGE_DIR}/ZynSystemInfo.def")
   if(WIN32)
+    # A copy in the build folder, whose place in the linker's command, which a PDB quotes and an image
+    # thereby depends on, is relative and so the same in every folder.
+    configure_file("${def}" "${CMAKE_CURRENT_BINARY_DIR}/ZynSystemInfo.def" COPYONLY)
+    set(def "${CMAKE_CURRENT_BINARY_DIR}/ZynSystemInfo.def")
     target_sources(${target} PRIVATE "${def}")
   else()
     set(map "${CMAKE_CURRENT_BINARY_DIR}/ZynSystemInfo.map")
@@ -44,7 +48,8 @@ function(zyn_export target)
   endif()
   if(CMAKE_SYSTEM_PROCESSOR STREQUAL "ARM64X")
     # Each side of a hybrid image has exports of its own; a .def source describes the ARM64EC side.
-    target_link_options(${target} PRIVATE "-Wl,-Xlink=-defArm64Native:${def}")
+    file(RELATIVE_PATH native_def "${CMAKE_BINARY_DIR}" "${def}") # as Ninja runs the linker
+    target_link_options(${target} PRIVATE "-Wl,-Xlink=-defArm64Native:${native_def}")
     zyn_add_import_library_for_x64("${def}")
   endif()
 endfunction()
