@@ -32,6 +32,10 @@ if(PROJECT_IS_TOP_LEVEL AND MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-compilation-dir=.>
     $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
     $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "ARM64X")
+    # Both halves of an object are temporary files, whose random names the debug information quotes.
+    add_compile_options("$<$<COMPILE_LANGUAGE:C,CXX>:SHELL:-Xclang -object-file-name=hybrid.o>")
+  endif()
   add_link_options(-mguard=cf -s
     -Wl,--dynamicbase,--nxcompat,--high-entropy-va,--no-insert-timestamp,--pdb=
     -Wl,-Xlink=-pdbaltpath:%_PDB%,-Xlink=-pdbsourcepath:.)
