@@ -108,9 +108,9 @@ def add_cold(table, programs, machine, library, what, count, limit=None):
     lines = run_on(machine, IN_TURN, count, programs.cold_start, library,
                    programs.floor).splitlines()
     columns = zip(*([int(field) for field in line.split()] for line in lines[0::2]))
-    _, load, scalar, _, kept, _ = map(statistics.median, columns)
+    load, scalar, kept = map(statistics.median, columns)
     columns = zip(*([int(field) for field in line.split()] for line in lines[1::2]))
-    _, floor_load, _, _, floor_kept, _ = map(statistics.median, columns)
+    floor_load, _, floor_kept = map(statistics.median, columns)
     table.add_ratio(f"load and first query, {what}", (load + scalar) / floor_load, limit)
     return kept - floor_kept
 

@@ -2,8 +2,8 @@
 
 import json
 
-from facts import (LIST, LIST_DEFAULT, LIST_IMPORTED, LIST_REFUSED, REFUSED, SCALAR,
-                   SCALAR_DEFAULT, SCALAR_IMPORTED, Tests)
+from expectations import (LIST, LIST_DEFAULT, LIST_IMPORTED, LIST_REFUSED, REFUSED, SCALAR,
+                          SCALAR_DEFAULT, SCALAR_IMPORTED, Tests)
 from scenario import Result, Settings, number, run, table_wrapper, tables_of
 
 FIRST_KEY, MIDDLE_KEY, LAST_KEY = "2 1", "2 17", "3 13"

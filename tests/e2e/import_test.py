@@ -1,7 +1,8 @@
 """What is asked of a provider, and what comes of keys that it does not answer."""
 
-from facts import (ASKED, DSP, FIRST_SIZES, LIST, LIST_DEFAULT, LIST_IMPORTED, OPTIONAL, REFUSED,
-                   REQUIRED, SCALAR, SCALAR_DEFAULT, SCALAR_IMPORTED, Tests, one_import, refuse)
+from expectations import (ASKED, DSP, FIRST_SIZES, LIST, LIST_DEFAULT, LIST_IMPORTED, OPTIONAL,
+                          REFUSED, REQUIRED, SCALAR, SCALAR_DEFAULT, SCALAR_IMPORTED, Tests,
+                          one_import, refuse)
 from scenario import Result, number, run
 
 # Sizes that no answer has: more than memory holds, or more than is taken from a provider.

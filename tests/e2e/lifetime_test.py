@@ -1,7 +1,7 @@
 """Threads, unloading, providers that ask back."""
 
-from facts import (LIST, LIST_DEFAULT, LIST_IMPORTED, LIST_REFUSED, REFUSED, SCALAR,
-                   SCALAR_DEFAULT, SCALAR_IMPORTED, Tests)
+from expectations import (LIST, LIST_DEFAULT, LIST_IMPORTED, LIST_REFUSED, REFUSED, SCALAR,
+                          SCALAR_DEFAULT, SCALAR_IMPORTED, Tests)
 from scenario import Settings, run
 
 

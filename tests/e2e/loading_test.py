@@ -2,8 +2,8 @@
 
 import json
 
-from facts import (LIST, LIST_DEFAULT, LIST_IMPORTED, REFUSED, SCALAR, SCALAR_DEFAULT,
-                   SCALAR_IMPORTED, Tests)
+from expectations import (LIST, LIST_DEFAULT, LIST_IMPORTED, REFUSED, SCALAR, SCALAR_DEFAULT,
+                          SCALAR_IMPORTED, Tests)
 from scenario import PROVIDER, Result, Settings, run, table_wrapper, tables_of
 
 

@@ -81,10 +81,11 @@ class ScalarAnswers {
   /// status of `Soc_GetCapability`.
   std::uint32_t Answer(ScalarForm form, std::uint64_t component, std::uint64_t key, void* buffer,
                        std::uint64_t* size) const noexcept {
+    if (form.kind == ScalarForm::NUMBER) [[likely]] {
+      std::memcpy(buffer, &Bits(component, key), 8);
+      return SUCCESS;
+    }
     switch (form.kind) {
-      case ScalarForm::NUMBER:
-        std::memcpy(buffer, &Bits(component, key), 8);
-        return SUCCESS;
       case ScalarForm::FLOAT:
         std::memcpy(buffer, &Bits(component, key), 4);
         return SUCCESS;

@@ -62,10 +62,8 @@ std::uint32_t Soc_GetAPIVersion(std::uint8_t* major, std::uint8_t* minor) noexce
   return SUCCESS;
 }
 
-// A warm query is about one line of the instruction cache, so it starts one.
-[[gnu::aligned(64)]] std::uint32_t Soc_GetCapability(std::uint64_t component, std::uint64_t key,
-                                                     void* buffer, std::uint64_t* size) noexcept
-    try {
+std::uint32_t Soc_GetCapability(std::uint64_t component, std::uint64_t key, void* buffer,
+                                std::uint64_t* size) noexcept try {
   if (buffer == nullptr) {
     *size = sizeof(std::uint64_t);
     return NULL_BUFFER;
