@@ -4,28 +4,29 @@
 ///
 /// 1. A capability is a component (`DSP`, `GPU` or `CPU`) and a key, numbered from 1 within its
 ///    component. Scalar capabilities are answered by `Soc_GetCapability`; the four lists (DSP keys
-///    16, 46, 47 and 48) by `Soc_GetCapabilitySerialized`.
+///    16, 46, 47, 48) by `Soc_GetCapabilitySerialized`.
 /// 2. The caller owns `buffer` and `*size`. On entry `*size` is the buffer's size in bytes; it
 ///    changes only where a function says so. Nothing is written past the buffer's end, nor into it
 ///    on a failure.
 /// 3. `size` must point to a valid value, and so must `major` and `minor`: null is not tested.
 /// 4. Everything is little-endian. Strings end with a NUL byte.
 /// 5. Any thread may call any function, in any order. The first call of each query function
-///    identifies the chip and may load a provider library; later ones only read. Of first calls that
-///    arrive together one does this, and the others wait.
+///    identifies the chip and may load a provider library; later calls only read. If several
+///    threads make the first call, one of them does this and the others wait.
 /// 6. A query function must not be called under the loader lock (from `DllMain`, or from a
-///    constructor or destructor of a library), after the process began to exit, or in a forked child
-///    whose parent had another thread in a query. It can wait there for ever.
-/// 7. A refused component or key, and a list that does not fit, put one line on standard error.
-/// 8. No function throws. What fails for a reason beside the arguments returns `FAILURE`:
+///    constructor or destructor of a library), after the process began to exit, or in a forked
+///    child whose parent had another thread in a query. It can wait there for ever.
+/// 7. A refused component or key, and a list that does not fit, write one line to standard error.
+/// 8. No function throws. A query that fails for another reason than its arguments returns
+/// `FAILURE`:
 ///    - `Soc_GetCapability` only: the chip is unknown, and no provider's answers were imported. The
 ///      call that looked for a provider still answers; all later ones fail.
-///    - Memory ran out, or a provider threw a C++ exception. The next call tries again. But where
-///      memory runs out while a firmware table is read or a provider loaded, the chip counts as
-///      unknown or the provider as absent until this library is unloaded.
-///    - A provider called the function on the thread that is asking it, and the call needed an
-///      import of its own. On another thread such a call waits until the provider is done, so a
-///      provider must not wait for that thread.
+///    - Memory ran out, or a provider threw a C++ exception. The next call tries again. Exception:
+///      if memory runs out while a firmware table is read, the chip counts as unknown until this
+///      library is unloaded; if while a provider is loaded, the provider counts as absent.
+///    - A provider made the query on the thread that is asking it, and the query needed an import
+///      of its own. On another thread such a query waits until the provider is done, so a provider
+///      must not wait for that thread.
 ///    - `Soc_GetCapabilitySerialized` only: a name of the list exceeds 31 bytes.
 ///    A hardware fault in a provider goes to the program. If the program handles it, the import has
 ///    failed for good, and no call waits for it.
@@ -61,9 +62,9 @@ enum {
 enum { SOC_DSP = 2, SOC_GPU = 3, SOC_CPU = 5 };
 
 #ifndef ZYN_NO_SHORT_NAMES
-/// The same values under short names, which the texts use. Other headers use such names too: define
-/// `ZYN_NO_SHORT_NAMES` before this header is included, and it declares only names that begin with
-/// `Soc_`, `SOC_` or `ZYN_`.
+/// The same values under short names, which the comments and documents use. If another header uses
+/// them too, define `ZYN_NO_SHORT_NAMES` before including this one. It then declares only names
+/// that begin with `Soc_`, `SOC_` or `ZYN_`.
 enum {
   SUCCESS = SOC_SUCCESS,
   UNSUPPORTED_COMPONENT = SOC_UNSUPPORTED_COMPONENT,
@@ -80,24 +81,25 @@ SOC_API uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) SOC_NOEXCEPT;
 
 /// Answers one scalar capability at the start of `buffer`.
 ///
-/// Integers and flags take 8 bytes (signed values sign-extended), DSP keys 43 and 44 are 4-byte
-/// IEEE floats, GPU key 4 is the GPU's name with its NUL, whose length `*size` then holds. `buffer`
-/// must have at least 8 bytes (4 for DSP keys 43 and 44, 12 for GPU key 4, 16 for DSP key 16),
-/// whether or not there is such a capability.
+/// Integers and flags take 8 bytes; signed values are sign-extended. DSP keys 43 and 44 are 4-byte
+/// IEEE floats. GPU key 4 is the GPU's name with its NUL; `*size` becomes its length. `buffer` must
+/// have at least 8 bytes (4 for DSP keys 43 and 44, 12 for GPU key 4, 16 for DSP key 16), even for
+/// a capability that does not exist.
 ///
-/// The key is matched on its low 32 bits; the minimum above goes by the whole key.
+/// Only the low 32 bits of the key select the capability. The minimum size depends on all 64.
 ///
 /// \param component `DSP`, `GPU` or `CPU`.
 /// \param key       The capability's number.
 /// \param buffer    Receives the answer.
-/// \param size      In: bytes at `buffer`. Out: see below and GPU key 4; otherwise unchanged.
+/// \param size      In: bytes at `buffer`. Out: unchanged, except as stated above for GPU key 4 and
+///                  below.
 /// \return `SUCCESS`; `NULL_BUFFER` (`*size` becomes 8); `INSUFFICIENT_SIZE` (`*size` becomes the
 ///         minimum, or the name's length with its NUL); `UNSUPPORTED_COMPONENT`; `UNSUPPORTED_KEY`;
 ///         `FAILURE` (see 8 above).
 SOC_API uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer,
                                    uint64_t* size) SOC_NOEXCEPT;
 
-/// Answers one list capability (DSP keys 16, 46, 47 and 48) as an array of entries without padding.
+/// Answers one list capability as an array of entries without padding.
 ///
 /// Every entry begins with the DSP's index (`uint32_t`, always 0 here), followed by
 /// - keys 16 and 46: the value (`uint32_t`), 8 bytes in all;
@@ -105,7 +107,7 @@ SOC_API uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffe
 /// - key 48: the value (`uint32_t`) and a name of 32 bytes, NUL-padded, 40 bytes in all.
 ///
 /// \param component `DSP`, `GPU` or `CPU`.
-/// \param key       The capability's number, matched on its low 32 bits.
+/// \param key       The capability's number, of which only the low 32 bits count.
 /// \param buffer    Receives the entries; must not be null, even to ask for the size.
 /// \param size      In: bytes at `buffer`. Out: bytes written (0 for an empty list) or required.
 /// \return `SUCCESS`; `NULL_BUFFER` (`*size` unchanged); `INSUFFICIENT_SIZE` (`*size` becomes the
@@ -114,8 +116,8 @@ SOC_API uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffe
 SOC_API uint32_t Soc_GetCapabilitySerialized(uint64_t component, uint64_t key, void* buffer,
                                              uint64_t* size) SOC_NOEXCEPT;
 
-/// The types of the three functions, for `GetProcAddress` and `dlsym`. They promise no `noexcept`,
-/// which a type cannot say in C and in C++ before C++17.
+/// The types of the three functions, for `GetProcAddress` and `dlsym`. They lack `noexcept`, which
+/// is not part of a type in C or before C++17.
 typedef uint32_t Soc_GetAPIVersionFn(uint8_t* major, uint8_t* minor);
 typedef uint32_t Soc_GetCapabilityFn(uint64_t component, uint64_t key, void* buffer,
                                      uint64_t* size);

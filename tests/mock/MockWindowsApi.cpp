@@ -158,14 +158,14 @@ BOOL QueryServiceConfigW(SC_HANDLE service, LPQUERY_SERVICE_CONFIGW config, DWOR
                          LPDWORD needed) {
   const Call call("QueryServiceConfigW", purpose(config));
   const auto& path = *reinterpret_cast<WideString*>(service);
-  const std::size_t room = (path.size() + 1) * sizeof(WCHAR);
-  *needed = static_cast<DWORD>(sizeof *config + room);
+  const std::size_t pathBytes = (path.size() + 1) * sizeof(WCHAR);
+  *needed = static_cast<DWORD>(sizeof *config + pathBytes);
   machine().lastError = call.fails ? ERROR_ACCESS_DENIED : ERROR_INSUFFICIENT_BUFFER;
   if (call.fails || size < *needed) {
     return FALSE;
   }
   config->lpBinaryPathName = reinterpret_cast<LPWSTR>(config + 1);
-  std::memcpy(config->lpBinaryPathName, path.c_str(), room);
+  std::memcpy(config->lpBinaryPathName, path.c_str(), pathBytes);
   return TRUE;
 }
 

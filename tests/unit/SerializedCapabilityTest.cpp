@@ -14,7 +14,8 @@ constexpr std::uint8_t UNTOUCHED = 0xA5;
 
 Bytes name(std::string_view text) { return padded({text.begin(), text.end()}, 32); }
 
-/// The lists, one a DSP, must be exactly these bytes, need all their room, and read back the same.
+/// The lists, one a DSP, must become exactly these bytes, need a buffer of that size, and read back
+/// the same.
 template <class List>
 void expectBytes(const std::vector<List>& lists, const Bytes& bytes) {
   std::vector<List> copies(lists.size(), lists.front());  // not empty, to be emptied

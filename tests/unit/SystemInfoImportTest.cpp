@@ -1,5 +1,5 @@
-// The import from a system-info provider, which replaces what the record held, and the scratch
-// buffer that its four lists share.
+// A system-info provider's answers replace the record's values. The four lists share one scratch
+// buffer.
 #include "DynamicSocInfo/import/SystemInfoImport.h"
 
 #include <gtest/gtest.h>

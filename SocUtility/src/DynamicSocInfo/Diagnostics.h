@@ -1,7 +1,7 @@
-/// What the query functions refuse. Every refusal writes one line to standard error, in one write
-/// that is flushed at once, and returns the query's status. Errors of the stream are ignored.
+/// Refusals of the query functions. Each writes one line to standard error, in one write that is
+/// flushed at once, and returns the query's status. Errors of the stream are ignored.
 ///
-/// A line ends with the low 32 bits of the component or key, as a signed decimal.
+/// A line shows the low 32 bits of the component or key as a signed decimal number.
 #pragma once
 
 #include <cstdint>

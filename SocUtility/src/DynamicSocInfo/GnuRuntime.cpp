@@ -1,5 +1,5 @@
-// What the library changes in libstdc++, which is linked into it and hidden. Compiled into the
-// shared library only: in a program the runtime is not the library's.
+// Changes to libstdc++, which is linked into the library and hidden. Compiled into the shared
+// library only: in a program the runtime belongs to the program.
 #include <cstdlib>
 
 #ifdef __GLIBCXX__
@@ -8,8 +8,8 @@ namespace __gnu_cxx {
 
 void __freeres();
 
-// The runtime's handler prints the type of an exception that nobody caught, and brings a demangler
-// larger than the library's own code. No exception leaves an export.
+// The runtime's handler prints the type of an uncaught exception. For this it links a demangler
+// that is larger than the library's own code. No exception leaves an export.
 void __verbose_terminate_handler();
 void __verbose_terminate_handler() { std::abort(); }
 
@@ -17,8 +17,8 @@ void __verbose_terminate_handler() { std::abort(); }
 
 namespace {
 
-// The runtime allocates 70 KB when it starts, to throw from when memory has run out, and keeps them
-// until the process ends. The library can be unloaded and loaded many times before that.
+// At start-up the runtime allocates a reserve for exceptions thrown when memory has run out, and
+// keeps it until the process ends. The library can be unloaded and loaded many times before that.
 [[gnu::destructor]] void releaseRuntimeMemory() { __gnu_cxx::__freeres(); }
 
 }  // namespace

@@ -1,5 +1,5 @@
-/// The provider attempt. A chip outside the catalogue is described by a provider library, if there
-/// is one: each query function tries once to import its answers.
+/// The provider attempt. For a chip that is not in the catalogue, each query function makes one: it
+/// loads a provider library, if there is one, and imports its answers.
 #pragma once
 
 #include <atomic>
@@ -7,25 +7,26 @@
 #include "DynamicSocInfo/capabilities/SocInfo.h"
 #include "DynamicSocInfo/provider/ProviderLoader.h"
 
-/// Whether a loader has all that an import needs: a known library name and the exports of its kind.
+/// Whether a loader has what an import needs: a known library name and the exports of its kind.
 bool IsAcceptedProvider(const ProviderLoader& provider);
 
 /// One query function's attempt. Any thread may use it at any time. The record that it writes may
 /// be read by a thread after `EnsureAttempted` has returned to it.
 class ProviderAttempt {
  public:
-  /// With `recordConfirmed` the record needs no provider, and no attempt will be made.
+  /// With `recordConfirmed` the record needs no provider, and no attempt is made.
   explicit ProviderAttempt(bool recordConfirmed) noexcept : recordConfirmed_(recordConfirmed) {}
 
-  /// Makes the attempt unless it was made or is not needed. Of callers that arrive together one
-  /// makes it and the others wait. Returns whether this call made it.
+  /// Makes the attempt unless it was made or is not needed. If several threads call, one makes it
+  /// and the others wait. Returns whether this call made it.
   ///
-  /// Throws `std::system_error`, and `std::runtime_error` when the import failed (an exception of
-  /// the provider, or no memory) or when a provider calls this on the thread that is asking it. The
-  /// attempt can then be made by a later call, and the provider has been unloaded.
+  /// Throws `std::runtime_error` when the import failed (the provider threw, or memory ran out):
+  /// the provider has been unloaded, and the next call makes the attempt. Throws it too when a
+  /// provider calls this, with an attempt needed, on the thread that is asking it. Throws
+  /// `std::system_error`.
   ///
-  /// After a hardware fault in the provider that the program handles, the attempt counts as made
-  /// without success, and the provider stays loaded.
+  /// If the program handles a hardware fault in the provider, the attempt counts as made without
+  /// success, and the provider stays loaded.
   bool EnsureAttempted(SocInfo& record) { return IsNeeded() && AttemptLocked(record); }
 
   /// Whether the record came from the catalogue or an attempt succeeded.

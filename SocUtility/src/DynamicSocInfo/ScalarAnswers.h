@@ -1,5 +1,5 @@
-/// The scalar query's answers. `ScalarForm` is how a key is answered, whatever the chip;
-/// `ScalarAnswers` is what a record answers, encoded once.
+/// The scalar query's answers. `ScalarForm` says how a key is answered, on every chip.
+/// `ScalarAnswers` holds the answers of one record, encoded once.
 #pragma once
 
 #include <array>
@@ -23,7 +23,8 @@ struct ScalarForm {
 
 inline constexpr std::size_t SCALAR_KEYS = KeyTable<DspInfo>::FIELDS.size();
 
-/// A value for each component and key. The first component is `DSP`; 4 has a row without meaning.
+/// A value for each component and key. The first row is that of `DSP`; the row of component 4,
+/// which does not exist, is unused.
 template <class Value>
 using ScalarTable = std::array<std::array<Value, SCALAR_KEYS>, CPU - DSP + 1>;
 
@@ -57,8 +58,8 @@ inline constexpr ScalarTable<ScalarForm> SCALAR_FORMS = [] {
   return forms;
 }();
 
-/// The form of a query. Only the low 32 bits of `key` select the capability, but a key above them
-/// has no minimum of its own.
+/// The form of a query. Only the low 32 bits of `key` select the capability. A key above 32 bits
+/// has the default minimum size.
 constexpr ScalarForm ScalarFormOf(std::uint64_t component, std::uint64_t key) noexcept {
   if (component - DSP >= SCALAR_FORMS.size()) {
     return {};

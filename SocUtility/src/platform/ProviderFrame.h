@@ -1,6 +1,6 @@
-/// The frames in which a provider runs. They see to what may leave its code beside a result, in the
-/// system's own way: `windows/ProviderFrame.c` or `linux/ProviderFrame.cpp`. Used by the provider
-/// calls and by the provider attempt, from the thread that holds the attempt's mutex.
+/// The frames in which a provider runs. They handle exceptions and hardware faults that leave its
+/// code, per system: `windows/ProviderFrame.c` or `linux/ProviderFrame.cpp`. Used by the provider
+/// calls and the provider attempt, on the thread that holds the attempt's mutex.
 #pragma once
 
 #include <stdbool.h>
@@ -12,15 +12,15 @@
 extern "C" {
 #endif
 
-/// Calls `query` and stores what it returns in `*status`. A C++ exception of the compiler that this
-/// library is made with passes through. One of another compiler, which no handler of this library
-/// would see, ends here: it is destroyed, and the result is false.
+/// Calls `query` and stores its result in `*status`. A C++ exception of this library's compiler
+/// passes through. An exception of another compiler, which no handler of this library can catch,
+/// ends here: it is destroyed, and the function returns false.
 bool CallProvider(Soc_GetCapabilityFn* query, uint64_t component, uint64_t key, void* buffer,
                   uint64_t* size, uint32_t* status);
 
-/// Calls `attempt(context)`, which lets no C++ exception out. When the thread leaves it without
-/// returning, since a handler of the program took a hardware fault, `abandon(context)` is called on
-/// the way, and what the frames in between own is lost. `abandon` must not throw.
+/// Calls `attempt(context)`, which must not throw. If a handler of the program takes a hardware
+/// fault, the thread leaves `attempt` without returning. Then `abandon(context)` is called on the
+/// way, and memory owned by the frames in between leaks. `abandon` must not throw.
 void RunAttempt(void (*attempt)(void* context), void (*abandon)(void* context), void* context);
 
 #ifdef __cplusplus

@@ -2,9 +2,9 @@
 ///
 /// On Windows this header includes the system's headers. Elsewhere it declares only what the
 /// library and its tool use, with the documented Win32 meaning, and the linker picks the
-/// implementation: `platform/linux/` in programs, a mock in tests. An argument that the library
-/// always passes with the same value is ignored there, and the last error is set only where a
-/// caller reads it.
+/// implementation: `platform/linux/` in programs, a mock in tests. That implementation ignores an
+/// argument for which the library always passes the same value, and sets the last error only where
+/// a caller reads it.
 #pragma once
 
 #ifdef _WIN32
@@ -109,8 +109,9 @@ void SetLastError(DWORD code);
 /// The calling thread's number. No other thread of the system has it at the same time; never 0.
 DWORD GetCurrentThreadId();
 
-/// Copies a firmware table. Returns the number of bytes copied, or, when the buffer is too small
-/// (nothing is copied then), the table's size in bytes; 0 on failure, sets the last error.
+/// Copies a firmware table and returns the number of bytes copied. If the buffer is too small,
+/// copies nothing and returns the table's size in bytes. On failure returns 0 and sets the last
+/// error.
 UINT GetSystemFirmwareTable(DWORD provider, DWORD tableId, PVOID buffer, DWORD bufferSize);
 
 // Library loader.
@@ -124,8 +125,8 @@ HMODULE GetModuleHandleA(LPCSTR name);
 BOOL FreeLibrary(HMODULE module);
 /// A symbol that the module itself defines, or null. The null module is the program.
 FARPROC GetProcAddress(HMODULE module, LPCSTR name);
-/// The module that contains the address passed as `name`, without a reference: with both flags
-/// above. FALSE when there is none.
+/// The module that contains the address passed as `name`, without a reference. `flags` must be both
+/// flags above. FALSE if there is none.
 BOOL GetModuleHandleExA(DWORD flags, LPCSTR name, HMODULE* module);
 /// A module's absolute path with its terminator. Returns the length; 0 on failure. A path that does
 /// not fit is cut: returns `size` and sets the last error to `ERROR_INSUFFICIENT_BUFFER`.

@@ -1,4 +1,4 @@
-/// The provider attempt, made by the core as a library makes it, and what became of each key.
+/// The provider attempt, made by the core as the library makes it, and the outcome of each key.
 #pragma once
 
 #include <set>

@@ -1,4 +1,4 @@
-// soc-info: shows what the library answers on a machine, and why it answers no more.
+// soc-info: shows what the library answers on a machine, and why.
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cmath>
@@ -40,7 +40,7 @@ struct Arguments {
 void addTables(CLI::App& command, Arguments& arguments) {
   command
       .add_option("--tables", arguments.tables,
-                  "Another machine: a directory with its raw tables FACP and PPTT")
+                  "Explain another machine: a directory with its raw tables FACP and PPTT")
       ->option_text("DIR");
 }
 
@@ -70,7 +70,7 @@ void identify(const Arguments& arguments) {
 
 void checkProvider(const Arguments& arguments) {
   if (!std::isfinite(arguments.seconds)) {
-    throw InputError("--timeout takes a number");  // "nan" is in no range, and outside of none
+    throw InputError("--timeout takes a number");  // CLI11's range check lets "nan" pass
   }
   const Json check = CheckProvider(arguments.path, arguments.seconds);
   write(check, arguments, WriteCheck);
@@ -97,20 +97,18 @@ void addCommands(CLI::App& app, Arguments& arguments) {
   command->callback([&] { identify(arguments); });
 
   command = app.add_subcommand("capture",
-                               "Save this machine's FADT and PPTT and what identify makes of them");
+                               "Save this machine's FADT and PPTT, and the document of identify");
   command->add_option("DIR", arguments.path, "A new directory")->required();
   command->callback([&] {
     Capture(arguments.path);
     std::cout << "captured in " << Quoted(arguments.path) << '\n';
   });
 
-  command = app.add_subcommand(
-      "check-provider", "Ask a provider library as the import does; status 0 when it would count");
+  command =
+      app.add_subcommand("check-provider", "Ask a provider library every key, as the import does");
   command->add_option("FILE", arguments.path, "The library")->required();
   addJson(*command, arguments);
-  command
-      ->add_option("--timeout", arguments.seconds,
-                   "Time for each step before the library is given up (default: 10)")
+  command->add_option("--timeout", arguments.seconds, "Time limit of each step (default: 10)")
       ->option_text("SECONDS")
       ->check(CLI::Range(0.001, 86400.0));
   command->callback([&] { checkProvider(arguments); });
@@ -123,7 +121,7 @@ void addCommands(CLI::App& app, Arguments& arguments) {
     AskProvider(arguments.path, std::chrono::duration_cast<std::chrono::nanoseconds>(limit));
   });
 
-  // Options before a subcommand would be read and mean nothing.
+  // Options before a subcommand would be parsed and have no effect.
   for (CLI::App* const subcommand : app.get_subcommands({})) {
     subcommand->footer(EXIT_CODES);
     for (CLI::Option* const option : app.get_options()) {
@@ -133,12 +131,11 @@ void addCommands(CLI::App& app, Arguments& arguments) {
 }
 
 int run(int argc, char** argv) {
-  CLI::App app("Shows what this machine's system-on-chip can do, and how that was found out.",
+  CLI::App app("Shows what this machine's system-on-chip can do, and where the answers come from.",
                "soc-info");
   Arguments arguments;
   app.allow_windows_style_options(false);  // a path may begin with a slash
   app.set_version_flag("--version", "soc-info " SOC_INFO_VERSION);
-  app.allow_windows_style_options(false);  // a path may begin with a slash there too
   app.require_subcommand(0, 1);
   app.footer(EXIT_CODES);
   addCommands(app, arguments);

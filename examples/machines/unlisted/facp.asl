@@ -1,4 +1,4 @@
-// A chip whose key no chip has yet.
+// A chip that the map of keys lacks.
 Signature : "FACP"
 Table Length : 00000000
 Revision : 01

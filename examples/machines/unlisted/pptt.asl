@@ -1,4 +1,4 @@
-// A key that is not in the map.
+// The key of no chip.
 Signature : "PPTT"
 Table Length : 00000000
 Revision : 01

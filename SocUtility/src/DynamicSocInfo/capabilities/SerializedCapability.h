@@ -1,8 +1,8 @@
 /// The serialized capability format: how the list capabilities travel between libraries.
 ///
 /// A buffer holds entries of one size without padding, and nothing else. Integers are `uint32_t`,
-/// little-endian. The first field of an entry is the index of its DSP. The writer answers a list
-/// query of this library; the reader takes another library's answer.
+/// little-endian. The first field of an entry is the index of its DSP. The writer answers this
+/// library's list queries. The reader reads another library's answers.
 ///
 /// `List` is one of the four list field types of `DspInfo`:
 ///

@@ -1,7 +1,7 @@
-/// Reads the ACPI tables that identify the chip, and finds in their bytes what identifies it.
+/// Reads the ACPI tables that identify the chip, and finds the identifying fields in their bytes.
 ///
-/// Reading and walking are separate: the walks take the bytes that were really delivered, and a
-/// length inside a table is only a claim that can make them shorter.
+/// Reading and parsing are separate. The parsers take the bytes that firmware delivered. A length
+/// inside a table can shorten these, never extend them.
 #pragma once
 
 #include <cstddef>
@@ -10,13 +10,13 @@
 #include <optional>
 #include <span>
 
-/// The tables' identifiers: their signatures' four bytes as a little-endian number.
+/// The tables' identifiers: the four bytes of the signature as a little-endian number.
 inline constexpr std::uint32_t FADT_ID = 0x50434146;  ///< "FACP"
 inline constexpr std::uint32_t PPTT_ID = 0x54545050;  ///< "PPTT"
 
 using TableBytes = std::span<const std::uint8_t>;
 
-/// Reads tables of this machine, one after the other, into one buffer.
+/// Reads this machine's tables, one at a time, into one buffer.
 class FirmwareTables {
  public:
   /// Allocates the buffer; when that fails, no table can be read.
@@ -46,8 +46,7 @@ struct PpttIdStructure {
 /// The PPTT's first ID structure, or nothing when there is none that lies within the table.
 std::optional<PpttIdStructure> FindPpttIdStructure(TableBytes pptt) noexcept;
 
-/// The key of an ID structure: the low half of the Level 1 ID over the Level 2 ID, of which all 64
-/// bits take part.
+/// The key of an ID structure. The Level 1 ID loses its high half, the Level 2 ID keeps all bits.
 constexpr std::uint64_t PpttKey(const PpttIdStructure& structure) {
   return structure.level1Id << 32 | structure.level2Id;
 }

@@ -1,4 +1,4 @@
-/// The chip catalogue: what the library knows about chips without asking anyone.
+/// The chip catalogue: what the library itself knows about chips.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,8 @@
 /// Rows by model number, visited in ascending order.
 class ChipCatalogue {
  public:
-  /// Adds a row under its `socModel`; a row already there stays and the new one is discarded.
+  /// Adds a row under its `socModel`. If there is a row already, it stays, and the new one is
+  /// dropped.
   void Insert(SocInfo&& row);
 
   /// The row under `key`. Throws `std::out_of_range` when there is none.

@@ -1,4 +1,4 @@
-/// The product data: which firmware keys stand for which chip, and what the known chips can do.
+/// The product data: the firmware keys of each chip, and the capabilities of the known chips.
 ///
 /// The data is in `ChipData.cpp`, the one file to edit when a chip is added.
 #pragma once
@@ -10,18 +10,18 @@
 
 #include "DynamicSocInfo/capabilities/SocInfo.h"
 
-/// A chip identifier that stands for "not identified".
+/// The chip identifier that means "not identified".
 inline constexpr std::uint32_t NO_CHIP_ID = 0;
-/// Marks an identification that was not made yet; no chip has this identifier.
+/// The chip is not identified yet. No chip has this identifier.
 inline constexpr std::uint32_t UNDETERMINED_CHIP_ID = 0xFFFFFFFF;
 
-/// One key of the PPTT's ID structure (see `PpttKey`) and the chip identifier that it stands for.
+/// One key of the PPTT's ID structure (see `PpttKey`) and the chip identifier that has it.
 struct ChipKey {
   std::uint64_t pptt;
   std::uint32_t chipId;
 };
 
-/// The FADT OEM Revision that alone stands for a chip, whose PPTT is then not read.
+/// The one FADT OEM Revision that identifies a chip by itself. The PPTT is then not read.
 struct FadtRule {
   std::uint32_t oemRevision;
   std::uint32_t chipId;
@@ -31,7 +31,7 @@ struct FadtRule {
 struct ChipRow {
   std::int32_t socModel;  ///< Positive; the row's key in the catalogue.
   std::uint32_t chipId;
-  std::array<std::string_view, 2> names;  ///< The second is empty when the chip has one name.
+  std::array<std::string_view, 2> names;  ///< The second is empty if the chip has one name.
   /// Sets the capabilities of the row, whose one DSP and one GPU have default values.
   void (*fill)(SocInfo& row);
 };

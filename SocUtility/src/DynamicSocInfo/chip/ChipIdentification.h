@@ -8,23 +8,22 @@
 #include "DynamicSocInfo/chip/AcpiTables.h"
 #include "DynamicSocInfo/chip/ChipData.h"
 
-/// What the steps of an identification found; a step that was not reached found nothing.
+/// The findings of an identification, step by step. A step that was not reached found nothing.
 struct Identification {
   bool fadtRead = false;
   std::optional<std::uint32_t> oemRevision;  ///< The FADT's.
-  bool decidedByFadt = false;                ///< The FADT alone gave the chip identifier.
+  bool decidedByFadt = false;                ///< The FADT alone identified the chip.
   bool ppttRead = false;
   std::optional<PpttIdStructure> idStructure;  ///< The PPTT's.
   std::uint64_t key = 0;                       ///< Its key, 0 when there is none.
   std::uint32_t chipId = NO_CHIP_ID;
 };
 
-/// Runs the steps over the tables that `readTable` delivers: the FADT, and, unless that decides,
-/// the PPTT. A table that is absent is empty; a table's bytes need not outlive the next call.
+/// Runs the steps over the tables that `readTable` returns: the FADT, then the PPTT unless the FADT
+/// decides. An absent table is empty. A table's bytes need only live until the next call.
 Identification IdentifyFromTables(
     const std::function<TableBytes(std::uint32_t tableId)>& readTable);
 
-/// This machine's chip identifier, or `NO_CHIP_ID`. Any thread may call it. Once a key was looked
-/// up the answer is kept for the life of the process; before that every call reads the tables
-/// again.
+/// This machine's chip identifier, or `NO_CHIP_ID`. Any thread may call it. A call that looks up a
+/// key keeps the result until this library is unloaded. Until then every call reads the tables.
 std::uint32_t IdentifyChip() noexcept;

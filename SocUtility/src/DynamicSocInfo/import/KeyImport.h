@@ -1,4 +1,4 @@
-/// The import of one key, of which both imports consist.
+/// The import of one key. Both imports are made of it.
 #pragma once
 
 #include <cstdint>
@@ -7,9 +7,10 @@
 #include "DynamicSocInfo/capabilities/SocInfo.h"
 #include "DynamicSocInfo/provider/ProviderLoader.h"
 
-/// Asks one key by the typed call that its field calls for and stores the answer in that field of
-/// `entry`: a `DspInfo`, `GpuInfo` or `CpuInfo`. False, with the field as it was, when the call
-/// fails or there is none; a failed call leaves its message in `failure` unless that is null.
+/// Asks one key with the typed call for its field's type, and stores the answer in that field of
+/// `entry`: a `DspInfo`, `GpuInfo` or `CpuInfo`. Returns false, with the field unchanged, when the
+/// call fails or the type has none. A failed call copies its message to `failure` unless that is
+/// null.
 template <class Record>
 bool TryImportKey(ProviderLoader& provider, std::uint32_t key, Record& entry,
                   std::string* failure = nullptr);

@@ -1,6 +1,5 @@
-/// The import: asks a provider its capabilities, key by key, and writes the answers into a record.
-/// The provider attempt runs it under its mutex; soc-info runs it to explain what it makes of a
-/// provider.
+/// The import: asks a provider key by key and writes its answers into a record. The provider
+/// attempt runs it under its mutex. soc-info runs it to explain the result.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +11,9 @@
 
 /// How the import of one component went.
 enum ImportStatus : std::int32_t {
-  MISSING_REQUIRED = -2,  ///< At least one required key was not imported.
+  MISSING_REQUIRED = -2,  ///< A required key was not imported.
   IMPORTED_ALL = 0,
-  MISSING_OPTIONAL = 1,  ///< Every required key was imported, at least one optional one was not.
+  MISSING_OPTIONAL = 1,  ///< An optional key was not imported; the required keys all were.
 };
 
 /// One key that was asked, and the outcome.
@@ -29,16 +28,18 @@ struct AskedKey {
 /// Called after each key of an import; may be empty. What it throws ends the import.
 using ImportObserver = std::function<void(const AskedKey&)>;
 
-/// Imports from an accepted provider: over the record's values, or, from a system-info provider, by
-/// replacing them. What was imported stays, whatever the result. `observer` follows an import over
-/// the record's values; the other one it does not see.
+/// Imports from an accepted provider. Answers of a service-utilities provider are written over the
+/// record's values, and `observer` is called for each of its keys. Answers of a system-info
+/// provider replace the record's values, without the observer. Imported values stay, whatever the
+/// result.
 ///
-/// \return Whether the import counts: true, unless the chip is unknown (`socModel` 0) and a
-///         required DSP or GPU key was not imported. Throws `std::bad_alloc`.
+/// \return Whether the import counts. It does not if the chip is unknown (`socModel` 0) and a
+///         required DSP or GPU key was not imported. Throws `std::bad_alloc`, and what the provider
+///         and `observer` throw.
 bool ImportProviderCapabilities(ProviderLoader& provider, SocInfo& record,
                                 const ImportObserver& observer = {});
 
-/// Imports over the values of one entry; a key that the provider does not answer keeps its value.
+/// Imports over the values of one entry. An unanswered key keeps its value.
 ImportStatus ImportDspInPlace(ProviderLoader& provider, DspInfo& entry,
                               const ImportObserver& observer = {});
 ImportStatus ImportGpuInPlace(ProviderLoader& provider, GpuInfo& entry,

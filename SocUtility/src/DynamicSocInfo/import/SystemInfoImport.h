@@ -1,7 +1,7 @@
-/// The import from a system-info provider: a library with this library's own three exports.
+/// Imports from a system-info provider, a library with the same three exports as this one.
 ///
-/// Nothing of the record's earlier capabilities is kept. Fresh entries start from default values
-/// and take what the provider answers, its lists included, and then replace the record's.
+/// The record keeps none of its earlier capabilities. New entries start from default values, take
+/// the provider's answers, lists included, and then replace the record's entries.
 #pragma once
 
 #include <cstdint>
@@ -13,18 +13,18 @@
 #include "DynamicSocInfo/provider/ProviderLoader.h"
 #include "ZynSystemInfo.h"
 
-/// Replaces the record's DSPs, GPUs and CPU values by the provider's. A key that it does not answer
-/// gets its default. Always true. Throws `std::bad_alloc`, with the record as it was.
+/// Replaces the record's DSPs, GPUs and CPU values by the provider's. An unanswered key gets its
+/// default. Always returns true. Throws `std::bad_alloc`, with the record unchanged.
 bool ImportFromSystemInfoProvider(ProviderLoader& provider, SocInfo& record);
 
-/// One answer of the provider's `Soc_GetCapabilitySerialized`. On entry `buffer` is what is offered
-/// first; it grows as long as the provider asks for more. On success it is exactly the answer.
+/// One answer of the provider's `Soc_GetCapabilitySerialized`. The first call offers `buffer` as it
+/// is. It grows as long as the provider asks for more. On success it holds exactly the answer.
 bool TryGetSerializedBytes(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
                            std::vector<std::uint8_t>& buffer);
 
-/// Fetches one list of the DSP into `field`, one of the list field types of `DspInfo`; a list that
-/// is not answered, or is malformed, becomes empty. `buffer` is scratch, used by one list after
-/// another. Returns whether the list was taken.
+/// Imports one DSP list into `field`, one of the list field types of `DspInfo`. A list that is not
+/// answered or is malformed becomes empty. `buffer` is scratch memory that the lists share. Returns
+/// whether the list was imported.
 template <class List>
 bool ImportSerializedList(ProviderLoader& provider, std::uint32_t key, List& field,
                           std::vector<std::uint8_t>& buffer) {
@@ -34,7 +34,7 @@ bool ImportSerializedList(ProviderLoader& provider, std::uint32_t key, List& fie
     imported = TryGetSerializedBytes(provider, DSP, key, buffer) &&
                deserialize<List>(buffer.data(), buffer.size(), {&target, 1});
   } catch (const std::bad_alloc&) {
-    // The list is as long as the provider chose to make it: too long for memory is malformed.
+    // The provider chose the list's length, so a list too long for memory is malformed.
   }
   if (!imported) {
     field.clear();

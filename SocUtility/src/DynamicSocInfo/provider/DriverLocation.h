@@ -1,8 +1,8 @@
-/// Driver location: the path of a driver service's binary tells where the driver package is. The
-/// provider loader looks there for a system-info provider.
+/// Driver location: the directory of the driver package, from the path of a driver service's
+/// binary. The provider loader looks there for a system-info provider.
 ///
-/// No operation reports an error: when the platform refuses anything, the result is empty or false.
-/// Every operation may throw `std::bad_alloc`.
+/// No function reports an error. If a system call fails, the result is empty or false. Every
+/// function may throw `std::bad_alloc`.
 #pragma once
 
 #include <string>
@@ -11,12 +11,12 @@
 
 using WideString = std::basic_string<WCHAR>;
 
-/// The driver package's directory in UTF-8, with backslashes and none at the end; empty when it was
-/// not found. The first caller in the process locates it; callers on other threads wait.
+/// The driver package's directory in UTF-8, with backslashes and none at the end; empty if not
+/// found. The first caller in the process locates it. Callers on other threads wait.
 std::string driverPackageDirectory();
 
-/// Locates the directory: the accelerator driver's if the registry enables remote calls for the
-/// device, otherwise the DSP remote-call driver's.
+/// Locates the directory. It is the accelerator driver's if the registry enables remote calls for
+/// the device, else the DSP remote-call driver's.
 std::string locateDriverDirectory();
 
 /// The directory of a service's binary, with the system root expanded; empty for any other path.
@@ -25,5 +25,5 @@ std::string serviceBinaryDirectory(LPCWSTR serviceName);
 /// Whether the registry marks the accelerator's first device for remote calls.
 bool acceleratorRemoteCallsEnabled();
 
-/// UTF-8 form of zero-terminated UTF-16 text; empty when it cannot be converted.
+/// The UTF-8 form of zero-terminated UTF-16 text; empty if it cannot be converted.
 std::string wideToUtf8(const WideString& text);

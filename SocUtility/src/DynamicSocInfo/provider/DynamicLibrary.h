@@ -1,10 +1,10 @@
-/// The dynamic library layer: loads libraries as POSIX does, with the Windows loader.
+/// The dynamic library layer: POSIX's functions for libraries, over the Windows loader.
 ///
-/// The provider loader uses it. A failed operation returns null, 0 or -1 and stores a fixed message
-/// for its thread, which `dlError` reads. A success does not change the message.
+/// The provider loader uses it. A function that fails returns null, 0 or -1 and stores a fixed
+/// message for its thread, which `dlError` reads. A success leaves the message unchanged.
 ///
-/// Callers must serialise `dlOpen`, `dlSym` and `dlClose` among threads: the set of hidden modules
-/// has no lock. Handles are the platform's module handles and belong to the caller.
+/// Callers must serialise `dlOpen`, `dlSym` and `dlClose` among threads, since the set of hidden
+/// modules has no lock. Handles are the platform's module handles and belong to the caller.
 #pragma once
 
 #include <cstdint>
@@ -12,11 +12,11 @@
 
 /// Flags of `dlOpen`.
 inline constexpr std::uint32_t DL_NOW = 1;     ///< Load the library.
-inline constexpr std::uint32_t DL_LOCAL = 2;   ///< Hide a module that this call brought in.
+inline constexpr std::uint32_t DL_LOCAL = 2;   ///< Hide the module if this call loads it.
 inline constexpr std::uint32_t DL_GLOBAL = 4;  ///< Make the module visible again.
 inline constexpr std::uint32_t DL_NOLOAD = 8;  ///< Only find a module that is already loaded.
 
-/// A handle for `dlSym` that means all modules except hidden ones. No module has this handle.
+/// A handle for `dlSym`: all modules except hidden ones. No module has this handle.
 // NOLINTNEXTLINE(performance-no-int-to-ptr)
 inline void* const DL_DEFAULT = reinterpret_cast<void*>(std::uintptr_t{4});
 
@@ -26,11 +26,11 @@ inline void* const DL_DEFAULT = reinterpret_cast<void*>(std::uintptr_t{4});
 /// \param flags    `DL_NOW` with any others, or `DL_NOLOAD` alone. `DL_NOLOAD` loads nothing and
 ///                 takes no reference: do not close such a handle.
 /// \return The module handle, or null. `DL_NOLOAD` stores no message when it finds no module.
-///         Throws `std::bad_alloc` when there is no memory to hide a module, and then releases it.
+///         Throws `std::bad_alloc` if there is no memory to hide a module, after releasing it.
 void* dlOpen(const char* fileName, std::uint32_t flags);
 
-/// The address of a symbol of one module, or null. `DL_DEFAULT` asks all visible modules in their
-/// order. A null handle or name gives null without a message.
+/// The address of a symbol of one module, or null. `DL_DEFAULT` searches all visible modules in
+/// their order. A null handle or name returns null and stores no message.
 void* dlSym(void* handle, const char* symbolName);
 
 /// Drops one reference and makes the module visible. Returns 0, also for a null handle, or -1.
@@ -40,5 +40,5 @@ std::int32_t dlClose(void* handle);
 /// `path` on failure; a path of 260 characters or more is a failure. Throws `std::bad_alloc`.
 std::uint32_t dlModulePath(const void* address, std::string& path);
 
-/// The message of this thread's latest failure, or null when there was none. Clears nothing.
+/// The message of this thread's latest failure, or null if there was none. Does not clear it.
 const char* dlError();

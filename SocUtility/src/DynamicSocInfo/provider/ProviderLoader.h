@@ -1,8 +1,8 @@
 /// Finds, loads and binds a provider: a library that answers capability queries like this one.
 ///
-/// There are two kinds, and the file name tells which. The provider attempt constructs a loader,
-/// reads its fields, queries the provider through it and destroys it. That unloads the provider:
-/// nothing of it may be used afterwards.
+/// There are two kinds, distinguished by the file name. The provider attempt constructs a loader,
+/// reads its fields, queries the provider through it and destroys it. The destructor unloads the
+/// provider, so nothing of it may be used afterwards.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ inline constexpr std::string_view SERVICE_UTILS_LIBRARY = "RzSoCServiceUtils.dll
 /// The system-info provider has this library's own three exports.
 inline constexpr std::string_view SYSTEM_INFO_LIBRARY = "ZynSystemInfo.dll";
 
-/// Where a loader looks; with any other value nowhere.
+/// Where a loader looks. Any other value finds nothing.
 enum ProviderSearchPlan : std::uint32_t {
   /// Both kinds: beside this library, in the driver package, by the platform's search.
   AllProviders = 0,
@@ -27,12 +27,12 @@ enum ProviderSearchPlan : std::uint32_t {
 
 /// A file that a loader tries to load.
 struct ProviderCandidate {
-  std::string path;  ///< A bare file name leaves the directory to the platform's search.
+  std::string path;              ///< For a bare file name, the platform searches.
   std::string_view libraryName;  ///< The file name.
 };
 
-/// What a library in `ownDirectory` tries to load under a plan, in this order. An empty directory
-/// is unknown: candidates there are left out.
+/// The files that a library in `ownDirectory` tries to load under a plan, in this order. An empty
+/// directory means an unknown one: candidates there are left out.
 std::vector<ProviderCandidate> ProviderCandidates(ProviderSearchPlan plan,
                                                   const std::string& ownDirectory);
 
@@ -40,8 +40,8 @@ std::vector<ProviderCandidate> ProviderCandidates(ProviderSearchPlan plan,
 /// empty when unknown.
 std::string OwnDirectory();
 
-/// A loaded provider, or nothing. Only the fields show a failure. The constructor may throw
-/// `std::bad_alloc`, and unloads what it loaded then.
+/// A loaded provider, or nothing. Only the fields show a failure. If the constructor throws
+/// `std::bad_alloc`, it has unloaded what it loaded.
 class ProviderLoader {
  public:
   /// Loads nothing.
@@ -52,13 +52,13 @@ class ProviderLoader {
   ProviderLoader(const ProviderLoader&) = delete;
   ProviderLoader& operator=(const ProviderLoader&) = delete;
 
-  /// For an empty loader: loads this file as the provider of this name and binds its exports.
-  /// Returns false when it cannot be loaded.
+  /// Loads a file as the provider of this name and binds its exports. The loader must be empty.
+  /// Returns false if the file cannot be loaded.
   bool Load(const std::string& path, std::string_view name);
 
   void* handle = nullptr;   ///< The module, owned; null when no candidate was loaded.
   std::string libraryName;  ///< The candidate's.
-  /// The provider's exports, which may break any promise made in the public header.
+  /// The provider's exports. They may break any rule of the public header.
   Soc_GetAPIVersionFn* getApiVersion = nullptr;
   Soc_GetCapabilityFn* getCapability = nullptr;  ///< Only with `getApiVersion`.
   /// Only of a system-info provider.
