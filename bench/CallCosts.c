@@ -1,5 +1,5 @@
 /* Counts what one warm call takes: CallCosts LIBRARY prints, a line each, "ALLOCATIONS LOCKS NAME".
- * This program's allocation and lock functions stand before the system's, for its libraries too.
+ * This program's allocation and lock functions replace the system's, for its libraries too.
  * The lock of a stream, which a diagnostic line takes, is the C library's own and not counted. */
 #include <dlfcn.h>
 #include <pthread.h>

@@ -19,7 +19,7 @@ static long long now(void) {
   return time.tv_sec * 1000000000LL + time.tv_nsec;
 }
 
-/* Pages that no file stands behind: heap, and pages of mapped files that were written to. */
+/* Pages without a file: heap, and pages of mapped files that were written to. */
 static long long ownBytes(void) {
   static char text[4096];
   static const char LABEL[] = "Anonymous:";

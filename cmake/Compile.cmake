@@ -10,7 +10,7 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-# The C++ runtime is part of each image. CMake hears this for Visual Studio's compilers alone.
+# The C++ runtime is part of each image. This setting affects only Visual Studio's compilers.
 set(CMAKE_MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
 
 # -O3 makes the image a tenth larger and no query faster.
@@ -24,8 +24,8 @@ if(PROJECT_IS_TOP_LEVEL AND NOT WIN32)
   add_compile_options($<$<CONFIG:Release>:-g>) # installed apart, as symbols
 endif()
 
-# Delivered images for Windows have Control Flow Guard, and debug information in a PDB beside each. They
-# are the same in whatever folder they are built.
+# Windows images have Control Flow Guard, and debug information in a PDB beside each. A build in another
+# folder gives the same bytes.
 if(PROJECT_IS_TOP_LEVEL AND MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-mguard=cf> $<$<COMPILE_LANGUAGE:C,CXX>:-g>
     $<$<COMPILE_LANGUAGE:C,CXX>:-gcodeview> $<$<COMPILE_LANGUAGE:C,CXX>:-gno-codeview-command-line>

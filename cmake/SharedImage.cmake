@@ -6,7 +6,7 @@ if(WIN32)
   enable_language(RC)
 endif()
 
-# The exports of a Linux image come from the .def file, so that the names stand in one place.
+# The exports of a Linux image come from the .def file, the only place that lists the names.
 function(zyn_write_version_script def output)
   file(STRINGS "${def}" names REGEX "^ +[A-Za-z_0-9]+$")
   list(JOIN names ";" names)
@@ -21,8 +21,8 @@ function(zyn_add_version_resource target)
   target_sources(${target} PRIVATE "${rc}")
 endfunction()
 
-# The C++ runtime is part of the image and hidden in it: a C process pays nothing for it. Sanitizers
-# bring runtimes of their own, which a program shares with its libraries.
+# The C++ runtime is part of the image and hidden in it, so a C program needs none. Sanitizers have
+# runtimes of their own, which a program shares with its libraries.
 function(zyn_link_runtime_statically target)
   if(MINGW)
     target_link_options(${target} PRIVATE -static)

@@ -1,5 +1,5 @@
-// The walks over firmware tables: whatever the bytes, nothing outside them is read, and what is
-// found is what stands there.
+// The parsers of firmware tables must read nothing outside the bytes, and find only what the bytes
+// contain.
 #include <optional>
 
 #include "DynamicSocInfo/chip/ChipData.h"

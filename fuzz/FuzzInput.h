@@ -50,7 +50,7 @@ class FuzzInput {
   std::span<const std::uint8_t> rest_;
 };
 
-/// An input that stands for a machine: the FADT's length (2 bytes), the FADT, the PPTT.
+/// An input that describes a machine: the FADT's length (2 bytes), the FADT, the PPTT.
 struct FuzzTables {
   explicit FuzzTables(FuzzInput input)
       : fadt(input.TakeBytes(input.TakeNumber<std::uint16_t>())), pptt(input.TakeRest()) {}

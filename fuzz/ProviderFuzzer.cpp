@@ -1,5 +1,5 @@
-// A provider that answers by the input, asked through the whole import; then every query of what it
-// left in the record. The input: the provider's kind (1 byte), then what it does at each call.
+// The whole import from a provider that takes its answers from the input, then every query of the
+// record. The input: the provider's kind (1 byte), then what the provider does at each call.
 #include <memory>
 #include <utility>
 
@@ -36,7 +36,7 @@ std::uint32_t misbehave(void* buffer, std::uint64_t* size) {
               static_cast<std::uint8_t*>(buffer));
   *size = script->TakeNumber<std::uint64_t>();
   if (*size > MOST_TO_HOLD && *size <= LARGEST_ANSWER) {
-    *size %= MOST_TO_HOLD;  // would be taken, and take its time
+    *size %= MOST_TO_HOLD;  // would be accepted, and slow
   }
   return script->TakeNumber<std::uint8_t>();
 }

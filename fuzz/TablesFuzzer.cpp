@@ -1,5 +1,5 @@
-// soc-info on the dumps of a machine that never was: it explains them or refuses them, prints
-// nothing but text, and its documents can be read.
+// soc-info on made-up dumps must explain or refuse them, print only text, and write documents that
+// can be parsed.
 #include <filesystem>
 #include <fstream>
 #include <sstream>

@@ -4,8 +4,8 @@
 #include <stdbool.h>
 #include <stdio.h>
 
-/* The first query is answered from default values even when the chip is unknown. Every later one
- * ends in FAILURE then, unless a provider library describes the chip. */
+/* If the chip is unknown and no provider library describes it, the first query is answered from
+ * default values, and every later one returns FAILURE. */
 static bool chipIsKnown(void) {
   uint64_t value;
   uint64_t size = sizeof value;

@@ -24,7 +24,7 @@ std::uint64_t number(std::uint64_t component, std::uint64_t key) {
   return status == SUCCESS ? value : throw queryError(status);
 }
 
-/// Asks twice: the first query is answered from default values even when the chip is unknown.
+/// Asks twice, since the first query of an unknown chip is answered from default values.
 bool chipIsKnown() {
   std::uint64_t value = 0;
   std::uint64_t size = sizeof value;

@@ -24,8 +24,8 @@ function ask(getter, component, key, capacity) {
   return status === SUCCESS ? buffer.subarray(0, size[0]) : null;
 }
 
-// The first query is answered from default values even when the chip is unknown. Every later one
-// fails then, unless a provider library describes the chip.
+// If the chip is unknown and no provider library describes it, the first query is answered from
+// default values, and every later one fails.
 function chipIsKnown() {
   ask(getCapability, CPU, 1, 8);
   return ask(getCapability, CPU, 1, 8) !== null;

@@ -1,19 +1,18 @@
-/* An example of a service-utilities provider: the library that ZynSystemInfo asks about a chip that
- * its own catalogue does not know. Start from this file and put your chip's values in the tables.
- * It compiles as C99 and, renamed to .cpp, as C++11.
+/* An example of a service-utilities provider: ZynSystemInfo asks it about a chip that is not in its
+ * catalogue. Start from this file and put your chip's values in the tables. It compiles as C99 and,
+ * renamed to .cpp, as C++11.
  *
- * What makes a provider:
+ * Rules for a provider:
  *
- * 1. Its file is named RzSoCServiceUtils.dll. It is looked for beside ZynSystemInfo first, then by
- *    the platform's own library search.
- * 2. It exports Soc_GetAPIVersion and Soc_GetCapability under these plain names. Without either, it
- *    is not asked at all.
- * 3. It is loaded for one import, asked key by key from one thread, and unloaded again; a process
- *    does this up to twice. Answers are copied, nothing is kept that points into the provider.
- * 4. It must not ask ZynSystemInfo in return: the answer would be status 25.
+ * 1. Its file is named RzSoCServiceUtils.dll, in the folder of ZynSystemInfo or where the system
+ *    searches for libraries.
+ * 2. It exports Soc_GetAPIVersion and Soc_GetCapability under these plain names.
+ * 3. Each query function of ZynSystemInfo loads it, asks every key on one thread, and unloads it.
+ *    Answers are copied.
+ * 4. It should not query ZynSystemInfo: a query that needs an import of its own returns status 25.
  *
- * The import counts only when each required key is answered in its wire form. Any other key may be
- * refused; its capability then keeps its default value. */
+ * The import counts only if each required key is answered in its wire form. Any other key may be
+ * refused; its capability then keeps its default. docs/providers.md has all rules. */
 #include <stddef.h>
 #include <stdint.h>
 #include <string.h>

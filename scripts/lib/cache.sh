@@ -1,4 +1,4 @@
-# Where the scripts keep what is costly to fetch or to build. Sourced after common.sh.
+# The cache of downloads and builds that take long. Sourced after common.sh.
 
 # cache_dir NAME: makes and prints the folder NAME of the project's cache, an absolute path. All clones
 # of a user share it. Any folder in it may be deleted; the scripts make it again.

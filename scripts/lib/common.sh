@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
-# step TEXT: says what happens next, on standard error so that it never mixes with a program's output.
+# step TEXT: prints the next step, on standard error because a program's output is on standard output.
 step() { printf '\033[1m==> %s\033[0m\n' "$*" >&2; }
 
 die() {
@@ -12,7 +12,7 @@ die() {
 }
 
 # require PROBE=PACKAGE ...: installs the Debian packages whose probe (a command, or a file's absolute
-# path) is missing. Without apt, or without the right to use it, says what is missing.
+# path) is missing. Without apt, or without root or sudo, prints what is missing and exits.
 require() {
   local need probe missing=()
   for need in "$@"; do
@@ -30,7 +30,7 @@ require() {
     as_root=(sudo)
   fi
   if ! command -v apt-get >/dev/null || { ((EUID != 0)) && ! command -v sudo >/dev/null; }; then
-    die "Please install (names of Debian's packages): ${missing[*]}"
+    die "Please install these packages (Debian's names): ${missing[*]}"
   fi
   step "Installing ${missing[*]}"
   "${as_root[@]}" apt-get update -qq >&2
@@ -38,13 +38,13 @@ require() {
     apt-get -o DPkg::Lock::Timeout=300 install -y -qq --no-install-recommends "${missing[@]}" >&2
 }
 
-# What every build needs.
+# require_build_tools [PROBE=PACKAGE ...]: what every build needs, and these.
 require_build_tools() {
   require cmake=cmake ninja=ninja-build g++=g++ \
     /usr/include/CLI/CLI.hpp=libcli11-dev /usr/include/nlohmann/json.hpp=nlohmann-json3-dev "$@"
 }
 
-# configure PRESET [CMAKE_ARGUMENT ...]: where there is no build folder yet or arguments were given.
+# configure PRESET [CMAKE_ARGUMENT ...]: configures if there is no build folder or arguments are given.
 configure() {
   local preset=$1
   shift

@@ -1,4 +1,4 @@
-"""Reads the second nature of a hybrid (ARM64X) Windows image, which the loader shows to x64 processes."""
+"""Reads the x64 view of a hybrid (ARM64X) Windows image."""
 
 import struct
 from collections import namedtuple

@@ -1,7 +1,7 @@
-# Node.js for Windows, as others built it. Sourced after common.sh and cache.sh.
+# A released Node.js for Windows. Sourced after common.sh and cache.sh.
 
-# node_prepare: sets ZYN_NODE_MODULES to a folder with the packages of tests/node, which npm
-# installs into the cache the first time and whenever the list changes (160 MB).
+# node_prepare: sets ZYN_NODE_MODULES to a folder with the packages of tests/node. npm installs them in
+# the cache the first time and after each change of the list.
 node_prepare() {
   local home
   home=$(cache_dir node)

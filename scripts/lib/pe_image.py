@@ -12,7 +12,7 @@ FIXED_VERSION_SIGNATURE = 0xFEEF04BD
 
 
 class ImageError(Exception):
-    """The file is not the image that it should be; the message says how."""
+    """The file is not a valid image; the message gives the fault."""
 
 
 class PeImage:
@@ -61,11 +61,11 @@ class PeImage:
         return found
 
     def imports(self):
-        """{library name: [function name or "#ordinal"]} of what is loaded with the image."""
+        """{library name: [function name or "#ordinal"]} of the libraries loaded with the image."""
         return self._imports(IMPORTS, size=20, name_at=12, table_at=0)
 
     def delayed_imports(self):
-        """The same of what is loaded when it is first called."""
+        """The same for libraries loaded at the first call."""
         return self._imports(DELAY_IMPORTS, size=32, name_at=4, table_at=16)
 
     def _imports(self, directory, size, name_at, table_at):

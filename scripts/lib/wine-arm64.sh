@@ -1,13 +1,12 @@
-# Runs Windows ARM64 programs on any Linux machine: by the Wine of an arm64 Debian, which qemu runs.
-# Nothing of either is installed on the machine. Sourced after common.sh, cache.sh, mirror.sh and
-# wine.sh.
+# Runs Windows ARM64 programs on any Linux machine: qemu runs the Wine of an arm64 Debian. Neither is
+# installed on the machine. Sourced after common.sh, cache.sh, mirror.sh and wine.sh.
 
 wine_suite=trixie # Debian 13, with Wine 10 (docs/windows.md says what to do when it is gone)
 
-# arm64_prepare: fetches Wine and qemu into the cache and makes a Wine system there, where this has
-# not been done. From here to the end of the script nobody else uses them.
+# arm64_prepare: fetches Wine and qemu into the cache and makes a Wine system there, unless they are
+# there. Locks them until the calling script ends.
 arm64_prepare() {
-  ((EUID == 0)) || die "Running ARM64 programs needs root: for mounts, unshare and binfmt_misc."
+  ((EUID == 0)) || die "Running ARM64 programs needs root, for mounts, unshare and binfmt_misc."
   export arm64_home arm64_tree
   arm64_home=$(cache_dir "wine-arm64-$wine_suite")
   exec 8>"$arm64_home/lock"
@@ -25,7 +24,8 @@ arm64_prepare() {
   arm64_tree=$arm64_home/tree
 }
 
-# logged NAME FUNCTION [ARGUMENT ...]: the function in a shell of its own, its output in NAME.log.
+# logged NAME FUNCTION [ARGUMENT ...]: runs the function in a shell of its own, with its output in
+# NAME.log.
 logged() {
   local log=$arm64_home/$1.log
   shift
@@ -34,8 +34,8 @@ logged() {
 All output: $log"
 }
 
-# use_wine_suite: from here on apt's commands of this shell know the suite alone, for arm64 and for
-# this machine, and keep what they fetch in the cache.
+# use_wine_suite: makes apt's commands of this shell use only the suite, for arm64 and for this machine,
+# and keep their downloads in the cache.
 use_wine_suite() {
   local apt=$arm64_home/apt host mirror
   host=$(dpkg --print-architecture)
@@ -58,8 +58,8 @@ END
   apt-get update -qq
 }
 
-# fetch_wine: the packages with the programs themselves, and the C library. All else that these
-# depend on is for fonts, pictures, sound and devices, and Wine looks for it when it runs.
+# fetch_wine: fetches the packages of the programs and the C library. Their other dependencies serve
+# fonts, pictures, sound and devices, and Wine runs without them.
 fetch_wine() {
   local package
   mkdir -p "$arm64_home/debs"
@@ -88,7 +88,7 @@ unpack_wine() {
 
 # arm64_session COMMAND [ARGUMENT ...]: runs the command, which may use run-wine-arm64, in
 # namespaces where the project, the cache and /tmp have the same paths inside the tree as outside.
-# At its end all that it started ends and nothing stays mounted.
+# At its end all processes that it started end and nothing stays mounted.
 arm64_session() {
   (
     wine_environment /srv/wine
@@ -121,8 +121,8 @@ enter_session() {
   return "$status"
 }
 
-# qemu_rule add|remove: the kernel's rule that has qemu start arm64 programs: those with these first
-# bytes, of which the second row is the mask.
+# qemu_rule add|remove: the kernel's rule to start arm64 programs with qemu. The first row has the first
+# bytes of such a program, the second row the mask.
 qemu_rule() {
   local rules=/proc/sys/fs/binfmt_misc rule=wine-arm64
   [[ -e $rules/register ]] || mount -t binfmt_misc binfmt_misc "$rules"

@@ -1,12 +1,12 @@
-# Lets the Wine of wine-arm64.sh run ARM64EC processes too. Debian's DLLs of Wine for ARM64 hold
-# ARM64 code alone; here the base DLLs are built as ARM64X images from the same version's source.
+# Makes the Wine of wine-arm64.sh run ARM64EC processes too. Debian's Wine for ARM64 has only ARM64 code.
+# Here its base DLLs are built as ARM64X images from the source of the same version.
 # Sourced after wine-arm64.sh.
 
-# What a program without windows loads.
+# The DLLs that a console program loads.
 arm64ec_dlls=(ntdll kernel32 kernelbase ucrtbase xtajit64)
 
-# arm64ec_prepare: as arm64_prepare, and makes sessions use the DLLs, which it builds into the cache
-# the first time (two minutes of processor time, with the Windows toolchain).
+# arm64ec_prepare: does what arm64_prepare does, and makes sessions use the DLLs. The first time it
+# builds them into the cache with the Windows toolchain.
 arm64ec_prepare() {
   local toolchain
   arm64_prepare
@@ -40,8 +40,8 @@ fetch_wine_source() {
   dpkg-source --no-check -x wine_*.dsc wine
 }
 
-# prepare_wine_source: Debian's source lacks what can be generated, and what has no source. Only the
-# DLLs and what they are built with are configured.
+# prepare_wine_source: generates the files that Debian's source lacks. Configures only the DLLs and
+# their build tools.
 prepare_wine_source() {
   local kept
   kept="dlls/($(IFS='|' && echo "${arm64ec_dlls[*]}")"

@@ -3,17 +3,16 @@
 
 wine_program=/usr/lib/wine/wine64
 
-# wine_environment PREFIX: what every Wine process of the system in the folder PREFIX needs. No
-# diagnostics, no dialog that offers to fetch .NET or HTML support, no entries in the desktop's
-# menus.
+# wine_environment PREFIX: exports the environment of every Wine process of the system in the folder
+# PREFIX: no diagnostics, no dialog that offers to fetch .NET or HTML support, no menu entries.
 wine_environment() {
   export WINEPREFIX=$1 WINEARCH=win64 WINEDEBUG=-all
   export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe,winedbg.exe=d'
   unset DISPLAY WAYLAND_DISPLAY
 }
 
-# wine_prepare PREFIX: installs Wine, exports its environment and, where PREFIX has none yet, makes
-# a system there that says it is Windows 10: ten seconds and 700 MB.
+# wine_prepare PREFIX: installs Wine and exports its environment. Unless PREFIX has a Wine system, makes
+# one there that reports Windows 10.
 wine_prepare() {
   require "$wine_program=wine64" wineserver=wine
   wine_environment "$1"

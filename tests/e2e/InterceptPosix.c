@@ -1,5 +1,5 @@
 /* With glibc, the program's own allocation functions, which the libraries that it loads call too.
- * A sanitizer puts its own in everybody's place: then none is counted or made to fail. */
+ * A sanitizer replaces them with its own; then none is counted or made to fail. */
 #define _GNU_SOURCE
 #include <dirent.h>
 #include <errno.h>

@@ -1,5 +1,5 @@
-/* On Windows a library calls other ones through its table of imports, where the client puts its own
- * functions in their place. */
+/* On Windows a library calls other ones through its table of imports. The client writes its own
+ * functions into that table. */
 #include <stdlib.h>
 #include <string.h>
 #include <windows.h>

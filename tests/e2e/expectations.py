@@ -44,7 +44,7 @@ class Tests(unittest.TestCase):
         self.assertEqual(list(expected), outcome.results())
 
     def assert_loads(self, outcome, count):
-        """That a provider was loaded so often, and each time unloaded again."""
+        """Asserts that a provider was loaded this often, and unloaded each time."""
         self.assertEqual([count] * 2, [outcome.log.count(word) for word in ("load", "unload")])
 
     def assert_nothing_imported(self, outcome):

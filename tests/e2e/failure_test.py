@@ -1,4 +1,4 @@
-"""What fails while a provider is asked: the provider itself, by an exception or a fault, or memory."""
+"""Failures while a provider is asked: exceptions, hardware faults, lack of memory."""
 
 import json
 
@@ -42,7 +42,7 @@ class Faults(Tests):
 
     def setUp(self):
         if not Settings.is_windows():
-            self.skipTest("a host of this system cannot go on after a fault")
+            self.skipTest("on this system a program cannot continue after a fault")
 
     def test_a_handled_fault_counts_as_the_attempt(self):
         for key, listed in ((FIRST_KEY, LIST_DEFAULT), (MIDDLE_KEY, LIST_IMPORTED)):

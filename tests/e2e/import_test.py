@@ -1,4 +1,4 @@
-"""What is asked of a provider, and what comes of keys that it does not answer."""
+"""What a provider is asked, and the effect of keys that it does not answer."""
 
 from expectations import (ASKED, DSP, FIRST_SIZES, LIST, LIST_DEFAULT, LIST_IMPORTED, OPTIONAL,
                           REFUSED, REQUIRED, SCALAR, SCALAR_DEFAULT, SCALAR_IMPORTED, Tests,

@@ -1,4 +1,4 @@
-"""Threads, unloading, providers that ask back."""
+"""Threads, unloading, and providers that query the library."""
 
 from expectations import (LIST, LIST_DEFAULT, LIST_IMPORTED, LIST_REFUSED, REFUSED, SCALAR,
                           SCALAR_DEFAULT, SCALAR_IMPORTED, Tests)

@@ -63,7 +63,7 @@ class Finding(Tests):
 
 
 class Machines(Tests):
-    """The machines of the examples: their firmware tables take the place of this machine's."""
+    """The example machines: their firmware tables replace this machine's."""
 
     def test_only_a_chip_without_a_row_asks_the_provider(self):
         wrapper = table_wrapper()

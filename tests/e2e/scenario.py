@@ -63,7 +63,7 @@ class Outcome(NamedTuple):
 
 
 def number(value, size=8):
-    """A number as it stands in an answer."""
+    """A number as the bytes of an answer."""
     return value.to_bytes(size, "little", signed=value < 0).hex()
 
 
@@ -79,7 +79,7 @@ def table_wrapper():
     """The command to start a client with that is to see the tables of its scenario. On Windows the
     client sees to it, and on Linux it needs a mount namespace, without which the test is skipped.
     """
-    # A tmpfs takes the place of the whole tree, since the folder need not exist here.
+    # A tmpfs replaces the whole tree, since the folder may not exist here.
     show = "mount -t tmpfs none /sys && mkdir -p /sys/firmware/acpi/tables"
     use = ' && cp firmware/* /sys/firmware/acpi/tables && exec "$@"'
     namespace = ["unshare", "--mount", "--map-root-user", "sh", "-c"]
@@ -115,7 +115,7 @@ def run(commands, provider=None, script=(), extra=None, wrapper=()):
                 shutil.copy(Settings.providers / f"{content}.dll", path)
             else:
                 path.write_bytes(content)
-        # Windows looks in the program's folder, other systems where they are told.
+        # Windows looks in the program's folder, other systems need a path.
         environment = dict(os.environ, LD_LIBRARY_PATH=str(root / "app"))
         process = subprocess.run(
             [*wrapper, *Settings.launcher, str(root / "app" / Settings.client.name),

@@ -1,8 +1,8 @@
-/// The machine of a test: what a scenario puts there, and a record of every call made of it.
+/// The machine of a test: what the scenario installs, and a record of every call.
 ///
 /// `MockWindowsApi.cpp` answers the functions of `WindowsApi.h` from the machine that is alive. It
-/// is strict: the test fails when handles, blocks and module references were not closed as often as
-/// opened, when a module is used after its release, and when a fault that was ordered never came.
+/// is strict: the test fails if handles, blocks and module references are not closed as often as
+/// opened, if a module is used after its release, and if an ordered fault does not occur.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -53,7 +53,7 @@ struct Machine {
   DWORD lastError = ERROR_SUCCESS;
   bool cutsPathsSilently = false;  ///< Without a terminator and without an error.
   int failingCall = 0;  ///< Which call fails, from 1; the closing of handles does not count.
-  /// Runs before a call is answered, to change the machine under the library's feet.
+  /// Runs before a call is answered, to change the machine while the library uses it.
   std::function<void(const std::string& call)> before = [](const std::string&) {};
 
   // What the platform keeps.

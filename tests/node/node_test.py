@@ -1,4 +1,4 @@
-"""The image in a program that others built: Node.js for Windows runs the example client."""
+"""A released Node.js for Windows runs the example client with the image."""
 
 import os
 import pathlib

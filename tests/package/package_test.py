@@ -79,7 +79,7 @@ class PackageTest(unittest.TestCase):
     def check_c_program(self, source, printed):
         """Builds a program with pkg-config's flags, and runs it without and with a provider."""
         if built_for_windows():
-            self.skipTest("pkg-config describes libraries of the host")
+            self.skipTest("pkg-config only finds libraries of the host")
         search = {"PKG_CONFIG_PATH": str(self.file("ZynSystemInfo.pc").parent), "PATH": "/usr/bin"}
         flags = run("pkg-config", "--cflags", "--libs", "ZynSystemInfo", env=search).split()
         client = options.work / "c-client"

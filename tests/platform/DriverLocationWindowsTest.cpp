@@ -1,5 +1,5 @@
 // Driver location with services and registry values made for the test, which needs the right to
-// make them. They are gone after each test; a machine that has such a driver is left alone.
+// make them. Each test removes them. On a machine that has such a driver the tests are skipped.
 #include <gtest/gtest.h>
 
 #include <string>

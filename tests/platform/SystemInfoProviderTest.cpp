@@ -1,4 +1,4 @@
-// A provider of the second kind, from the search to the record. It lies in the test program's own
+// A system-info provider, from the search to the record. It is in the test program's own
 // directory, which is the library's here.
 #include <gtest/gtest.h>
 

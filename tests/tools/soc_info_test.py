@@ -1,4 +1,4 @@
-"""soc-info as a user meets it: text, bad input, captures, and what it tells of a provider."""
+"""soc-info as users see it: text, bad input, captures, and its report on a provider."""
 
 import json
 import os

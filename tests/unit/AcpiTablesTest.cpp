@@ -1,5 +1,5 @@
-// The walks over table bytes: what they find, and that they never look past the bytes delivered.
-// Every table stands in a heap block of exactly its size, where AddressSanitizer sees the end.
+// The parsers of table bytes: what they find, and that they never read past the delivered bytes.
+// Every table is a heap block of exactly its size, so AddressSanitizer catches a read past the end.
 #include "DynamicSocInfo/chip/AcpiTables.h"
 
 #include <gtest/gtest.h>

@@ -37,11 +37,11 @@ inline constexpr std::size_t BUFFER_SIZE = 128;
 /// The buffer of an answer that wrote `bytes` and nothing more.
 inline Bytes bufferWith(const Bytes& bytes) { return padded(bytes, BUFFER_SIZE, 0xA5); }
 
-/// `query` is `AnswerScalar` or `AnswerList`; `size` is what it is told of the buffer.
+/// `query` is `AnswerScalar` or `AnswerList`; `size` is the buffer size passed to it.
 inline Answer ask(Query query, const SocInfo& record, std::uint64_t component, std::uint64_t key,
                   std::uint64_t size = BUFFER_SIZE) {
   Answer answer{.size = size, .buffer = bufferWith({})};
-  // In place of standard error a socket that keeps each write apart.
+  // A socket replaces standard error and keeps the writes separate.
   std::array<int, 2> ends{};
   socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends.data());
   const int standardError = dup(STDERR_FILENO);

@@ -45,7 +45,7 @@ void expectRefused(const Answer& answer, std::uint32_t status, std::uint64_t siz
   EXPECT_EQ(answer.writes, std::vector{line + '\n'});
 }
 
-/// The answer must be a refusal with `line`, where # stands for `number`, or none.
+/// The answer must be a refusal with `line`, in which # means `number`, or no refusal.
 void expectLine(Query query, std::uint64_t component, std::uint64_t key, Line line,
                 std::int64_t number) {
   const Answer answer = ask(query, listRecord(), component, key);

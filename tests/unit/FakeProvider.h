@@ -1,4 +1,4 @@
-/// A provider made of plain functions, which answers as told and notes what it is asked.
+/// A provider made of plain functions. It gives the set answers and records what it is asked.
 #pragma once
 
 #include <algorithm>
@@ -46,7 +46,7 @@ struct Reply {
   Bytes bytes = {};  ///< Written as far as they fit.
 };
 
-/// One reply after the other, whatever is offered; the last one is repeated.
+/// One reply after the other, for any offered size; the last one is repeated.
 inline Behaviour replies(std::vector<Reply> script) {
   return [script = std::move(script), next = std::size_t{0}](
              void* buffer, std::uint64_t* size) mutable -> std::uint32_t {

@@ -173,9 +173,9 @@ void WriteCheck(std::ostream& out, const Json& check) {
   }
   if (const Json& stopped = check.at("stopped"); !stopped.is_null()) {
     const Json& detail = stopped.at("detail");
-    WriteLine(
-        out, Text(stopped.at("how")),
-        "at " + Text(stopped.at("at")) + (detail.is_null() ? ", given up" : ": " + Text(detail)));
+    WriteLine(out, Text(stopped.at("how")),
+              "at " + Text(stopped.at("at")) +
+                  (detail.is_null() ? ", not done within the time limit" : ": " + Text(detail)));
   }
   WriteLine(out, "verdict", verdictText(check));
 }

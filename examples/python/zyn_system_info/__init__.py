@@ -5,9 +5,9 @@
     info.get(Component.DSP, 3)      # 73
     info.get_list(Component.DSP, 16)  # [Value(dsp=0, value=6)]
 
-A query that is refused raises the class that is named after its status, a SocError. For an
-unknown chip every get() raises Failure. This package needs Python 3.8 and the library,
-ZynSystemInfo.dll or libZynSystemInfo.so.0.1.
+A refused query raises the subclass of SocError that is named after its status. If the chip is
+unknown and no provider library describes it, every get() raises Failure. This package needs Python
+3.8 and the library, ZynSystemInfo.dll or libZynSystemInfo.so.0.1.
 """
 
 import ctypes
@@ -39,26 +39,28 @@ class UnsupportedComponent(SocError):
 
 
 class UnsupportedKey(SocError):
-    """The key is no capability of the component, or a list asked of get() and the reverse."""
+    """The key is no capability of the component, or get() was asked for a list, or get_list() for
+    a scalar.
+    """
 
     status = 3
 
 
 class InsufficientSize(SocError):
-    """The buffer was too small; this module asks again with a larger one, so it is not seen."""
+    """The buffer was too small. Never raised: this module repeats the query with a larger one."""
 
     status = 4
 
 
 class NullBuffer(SocError):
-    """No buffer was given; this module always gives one."""
+    """The buffer is null. Never raised: this module always passes one."""
 
     status = 7
 
 
 class Failure(SocError):
-    """From get(): the chip is unknown and no provider library describes it. Rarely, from get() and
-    get_list(): the answer could not be produced, for instance because memory ran out.
+    """The chip is unknown and no provider library describes it; only get() raises it for this.
+    Both raise it if the answer cannot be produced, for instance because memory ran out.
     """
 
     status = 25
@@ -157,7 +159,7 @@ class SystemInfo:
         (0 or 1 for a flag). Raises UnsupportedComponent, UnsupportedKey or Failure.
         """
         if not self._first_query_was_made:
-            # It answers a default value even for an unknown chip, later ones only real values.
+            # This query answers a default value even for an unknown chip. Later ones fail then.
             size = ctypes.c_uint64(8)
             self._library.Soc_GetCapability(Component.CPU, 1, ctypes.create_string_buffer(8),
                                             ctypes.byref(size))
@@ -174,7 +176,7 @@ class SystemInfo:
 
         Raises UnsupportedComponent, UnsupportedKey or Failure.
         """
-        # Lists that outgrow this are answered too, but put a line on standard error first.
+        # Longer lists are answered too, but the first query writes a line to standard error.
         answer = self._ask(self._library.Soc_GetCapabilitySerialized, component, key, 4096)
         return parse_list(key, answer)
 
