@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #ifdef __GLIBCXX__
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl*): the runtime's names
+// The runtime chose these names. NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl*,readability-*)
 namespace __gnu_cxx {
 
 void __freeres();
@@ -22,5 +22,5 @@ namespace {
 [[gnu::destructor]] void releaseRuntimeMemory() { __gnu_cxx::__freeres(); }
 
 }  // namespace
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl*)
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl*,readability-*)
 #endif

@@ -39,7 +39,7 @@ std::uint32_t answerFrom(const Record& entry, std::uint32_t key, void* buffer,
 }  // namespace
 
 std::uint32_t AnswerList(const SocInfo& record, std::uint64_t component, std::uint64_t key,
-                         void* buffer, std::uint64_t* size) noexcept {
+                         void* buffer, std::uint64_t* size) {
   const auto lowKey = static_cast<std::uint32_t>(key);
   switch (component) {
     case DSP:

@@ -9,4 +9,4 @@
 /// Sets `*size` as `Soc_GetCapabilitySerialized` does and returns its status; allocates nothing. A
 /// refusal writes its diagnostic line.
 std::uint32_t AnswerList(const SocInfo& record, std::uint64_t component, std::uint64_t key,
-                         void* buffer, std::uint64_t* size) noexcept;
+                         void* buffer, std::uint64_t* size);

@@ -12,9 +12,9 @@ namespace {
 /// All keys that the field of `key` answers.
 template <class Record>
 void addAnswered(std::set<CapabilityKey>& answered, std::uint32_t key) {
-  constexpr const auto& fields = KeyTable<Record>::FIELDS;
-  for (std::uint32_t alias = 0; alias < fields.size(); ++alias) {
-    if (fields[alias] == fields[key]) {
+  constexpr const auto& FIELDS = KeyTable<Record>::FIELDS;
+  for (std::uint32_t alias = 0; alias < FIELDS.size(); ++alias) {
+    if (FIELDS[alias] == FIELDS[key]) {
       answered.insert({KeyTable<Record>::COMPONENT, alias});
     }
   }
