@@ -66,25 +66,4 @@ TEST_F(LibraryLayer, FindsLoadedModulesWithoutAReference) {
   EXPECT_FALSE(IsLoaded());
 }
 
-TEST_F(LibraryLayer, LeavesToTheProcessWhatItHadLoaded) {
-  const HMODULE held = LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-  EXPECT_EQ(Open(LOCAL), held);
-  EXPECT_TRUE(IsVisible()) << "hidden, though this open did not bring it in";
-  EXPECT_EQ(dlClose(held), 0);
-  EXPECT_TRUE(IsLoaded());
-  EXPECT_TRUE(FreeLibrary(held));
-}
-
-TEST_F(LibraryLayer, FindsTheFileOfARelativeNameAfterTheDirectoryChanged) {
-  const fs::path startDirectory = fs::current_path();
-  fs::current_path(fs::path(path).parent_path());
-  void* const module = dlOpen(("./" + fs::path(path).filename().string()).c_str(), LOCAL);
-  fs::current_path("/");
-  std::string found;
-  EXPECT_EQ(dlModulePath(dlSym(module, "fixtureNumber"), found), 1U);
-  EXPECT_TRUE(fs::path(found).is_absolute() && fs::equivalent(found, path)) << found;
-  EXPECT_EQ(dlClose(module), 0);
-  fs::current_path(startDirectory);
-}
-
 }  // namespace

@@ -25,17 +25,15 @@ class CheckProviderTest(Tests):
         return self.run_tool("check-provider", library, script=script, before=before)
 
     @unittest.skipUnless(os.environ["EXAMPLE_PROVIDER"], "built without the examples")
-    def test_example_is_asked_in_the_order_of_the_import_and_counts(self):
+    def test_example_counts(self):
         status, document, rows = self.check(os.environ["EXAMPLE_PROVIDER"])
         self.assertEqual((status, document["importCounts"]), (COUNTS, True))
-        self.assertEqual((document["nameLookedFor"], document["accepted"], document["stopped"]),
-                         (True, True, None))
-        self.assertEqual(document["statuses"], {"DSP": 0, "GPU": 0})
-        dsp = [*range(1, 17), *range(18, 26), 17, *range(26, 35), *range(36, 45)]
-        self.assertEqual(list(rows), [*(("DSP", key) for key in dsp), ("CPU", 1), ("CPU", 2),
-                                      ("GPU", 1), *(("GPU", key) for key in range(4, 14))])
-        self.assertEqual([rows["DSP", key]["required"] for key in (17, 28, 29)],
-                         [True, True, False])
+        self.assertEqual([document[name] for name in ("nameLookedFor", "accepted", "stopped",
+                                                      "statuses")],
+                         [True, True, None, {"DSP": 0, "GPU": 0}])
+        # The end-to-end tests know the whole order.
+        self.assertEqual([len(rows), *list(rows)[24:26]], [56, ("DSP", 17), ("DSP", 26)])
+        self.assertEqual([rows["DSP", key]["required"] for key in (28, 29)], [True, False])
         self.assertEqual([rows[key]["value"] for key in [("DSP", 16), ("DSP", 43), ("GPU", 4)]],
                          [[1, 2, 4, 6], 1.5, "Turnstone 860"])
         self.assertEqual(rows["DSP", 16]["calls"], 2)  # it does not fit into the first 32 bytes

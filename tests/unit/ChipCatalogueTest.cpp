@@ -1,26 +1,15 @@
+// The catalogue, and the rules that the data it is built of must keep.
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <set>
 #include <stdexcept>
 
 #include "AnswerProbe.h"
 #include "DynamicSocInfo/chip/ChipData.h"
 
 namespace {
-
-TEST(ChipCatalogue, IdentifiersWithoutARowGetTheUnknownRow) {
-  std::vector<std::uint32_t> ids = {NO_CHIP_ID, 1, UNDETERMINED_CHIP_ID, FADT_RULE.chipId};
-  for (const ChipKey& key : CHIP_KEYS) {
-    if (std::ranges::find(CHIP_ROWS, key.chipId, &ChipRow::chipId) == CHIP_ROWS.end()) {
-      ids.push_back(key.chipId);
-    }
-  }
-  for (const std::uint32_t id : ids) {
-    EXPECT_EQ(BuildChipRecord(id), recordOf({})) << id;
-  }
-}
 
 TEST(ChipCatalogue, InsertsOnceAndVisitsInOrder) {
   const auto row = [](std::uint32_t model, std::string name) -> SocInfo {
@@ -35,12 +24,49 @@ TEST(ChipCatalogue, InsertsOnceAndVisitsInOrder) {
     names.push_back(value.name);
   }
   EXPECT_EQ(names, (std::vector<std::string>{"first", "second"}));
-  EXPECT_EQ(catalogue.At(20).name, "second");
   try {
     catalogue.At(11);
     FAIL() << "there is no such row";
   } catch (const std::out_of_range& error) {
     EXPECT_STREQ(error.what(), "invalid map<K, T> key");
+  }
+}
+
+TEST(ChipData, EveryChipHasItsKeysAndAtMostOneCompleteRow) {
+  constexpr std::size_t LONGEST_GPU_NAME = 12;
+  std::set<std::uint64_t> keys;
+  std::set<std::uint32_t> chips = {FADT_RULE.chipId};
+  for (const auto& [pptt, chipId] : CHIP_KEYS) {
+    EXPECT_NE(pptt, 0U) << "0 means that there is no key";
+    EXPECT_TRUE(keys.insert(pptt).second) << std::hex << "twice: 0x" << pptt;
+    EXPECT_NE(chipId, FADT_RULE.chipId) << "the FADT's chip has no key";
+    chips.insert(chipId);
+  }
+  EXPECT_EQ(chips.size(), 8U) << "add the new chips, unless two chips have one identifier";
+  std::int32_t previousModel = 0;
+  for (const ChipRow& row : CHIP_ROWS) {
+    SCOPED_TRACE(row.socModel);
+    EXPECT_GT(row.socModel, previousModel);
+    previousModel = row.socModel;
+    EXPECT_EQ(chips.erase(row.chipId), 1U)
+        << "no key leads to the row, or another row has its chip";
+    EXPECT_NE(row.names[0], row.names[1]);
+
+    const SocInfo record = BuildChipRecord(row.chipId);
+    EXPECT_TRUE(record.isKnownChip);
+    EXPECT_FALSE(record.name.empty());
+    EXPECT_EQ(record.sizeLimit, SIZE_LIMIT);
+    ASSERT_EQ(record.dsps.size(), 1U);
+    EXPECT_EQ(record.dsps.front().cap41, row.socModel);
+    EXPECT_EQ(record.dsps.front().cap16.size(), 1U);
+    ASSERT_EQ(record.gpus.size(), 1U);
+    EXPECT_FALSE(record.gpus.front().name.empty());
+    EXPECT_LE(record.gpus.front().name.size(), LONGEST_GPU_NAME);
+  }
+  // Those without a row, and what can be no chip's identifier.
+  chips.insert({NO_CHIP_ID, 1, UNDETERMINED_CHIP_ID});
+  for (const std::uint32_t chipId : chips) {
+    EXPECT_EQ(BuildChipRecord(chipId), recordOf({})) << chipId;
   }
 }
 

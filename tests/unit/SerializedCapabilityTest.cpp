@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-
 #include "Bytes.h"
 
 namespace {
@@ -14,8 +12,8 @@ constexpr std::uint8_t UNTOUCHED = 0xA5;
 
 Bytes name(std::string_view text) { return padded({text.begin(), text.end()}, 32); }
 
-/// The lists, one a DSP, must become exactly these bytes, need a buffer of that size, and read back
-/// the same.
+/// The lists, one a DSP, must become exactly these bytes and read back the same. Bytes that end
+/// within an entry are refused.
 template <class List>
 void expectBytes(const std::vector<List>& lists, const Bytes& bytes) {
   std::vector<List> copies(lists.size(), lists.front());  // not empty, to be emptied
@@ -36,69 +34,53 @@ void expectBytes(const std::vector<List>& lists, const Bytes& bytes) {
   EXPECT_EQ(buffer, padded(bytes, buffer.size(), UNTOUCHED));
 
   EXPECT_FALSE(deserialize<List>(nullptr, bytes.size(), targets));
+  EXPECT_FALSE(deserialize<List>(buffer.data(), bytes.size() - 1, targets));
+  EXPECT_FALSE(deserialize<List>(buffer.data(), bytes.size() + 1, targets));
   EXPECT_EQ(copies.back(), lists.front()) << "a target was touched";
   const Bytes unaligned = Bytes{0} + bytes;
   EXPECT_TRUE(deserialize<List>(unaligned.data() + 1, bytes.size(), targets));
   EXPECT_EQ(copies, lists);
+  // Entries of other DSPs are passed over, and no bytes are empty lists.
+  EXPECT_TRUE(deserialize<List>(bytes.data(), bytes.size(), {targets.data(), 1}));
+  EXPECT_EQ(copies.front(), lists.front());
   EXPECT_TRUE(deserialize<List>(nullptr, 0, targets));
   EXPECT_EQ(copies, std::vector<List>(lists.size()));
 }
 
 TEST(SerializedList, HasExactlyTheseBytes) {
   const std::string longest(31, 'x');
-  expectBytes<U32List>({{5, 6}}, halfWords({0, 5, 0, 6}));
   expectBytes<U32List>({{0xFFFFFFFF}, {}, {7, 8}}, halfWords({0, 0xFFFFFFFF, 2, 7, 2, 8}));
   expectBytes<U32ByPosition>({{{0, 9}}, {{0, 7}, {1, 3}}}, halfWords({0, 9, 1, 7, 1, 3}));
   expectBytes<NameList>({{"ab", longest}, {""}}, halfWords({0}) + name("ab") + halfWords({0}) +
                                                      name(longest) + halfWords({1}) + name(""));
-  expectBytes<NamedValuesByPosition>({{{0, {"ab", 7}}}},
-                                     Bytes{0, 0, 0, 0, 7, 0, 0, 0, 'a', 'b'} + Bytes(30));
-  expectBytes<NamedValuesByPosition>(
-      {{}, {{0, {longest, 1}}, {1, {"b", 2}}}},
-      halfWords({1, 1}) + name(longest) + halfWords({1, 2}) + name("b"));
+  expectBytes<NamedValuesByPosition>({{{0, {"ab", 7}}}, {{0, {longest, 1}}, {1, {"b", 2}}}},
+                                     halfWords({0, 7}) + name("ab") + halfWords({1, 1}) +
+                                         name(longest) + halfWords({1, 2}) + name("b"));
 }
 
-/// The list that a reader of the first DSP's entries makes of `bytes`, or nothing when it refuses
-/// them, its target untouched.
-template <class List>
-std::optional<List> read(const Bytes& bytes, const List& former) {
-  List target = former;
-  List* const destination = &target;
-  if (deserialize<List>(bytes.data(), bytes.size(), {&destination, 1})) {
-    return target;
-  }
-  EXPECT_EQ(target, former) << "a target was touched";
-  return std::nullopt;
-}
-
-/// `entry` gives an entry of a DSP. All entries must be whole and well-formed, of whichever DSP;
-/// those of the first make `list`.
+/// `entry` gives an entry with a name. What follows the name's NUL is ignored; without one nothing
+/// is read, whichever DSP and position the entry has.
 template <class List, class Entry>
-void expectReader(const List& list, Entry entry) {
-  const Bytes ended = {'a', 'b', 0, 'c'};
-  const Bytes bytes = entry(0, ended) + entry(1, ended) + entry(0, ended);
-  EXPECT_EQ(read(bytes, list), list);
-  EXPECT_EQ(read(bytes, List{}), list);
-  EXPECT_EQ(read(bytes + Bytes{0}, list), std::nullopt);
-  EXPECT_EQ(read(Bytes(bytes.begin(), bytes.end() - 1), list), std::nullopt);
+void expectNamesEnd(const List& list, Entry entry) {
+  const Bytes ended = padded({'a', 'b', 0, 'c'}, 32, 'z');
   const Bytes endless(32, 'e');
-  if (entry(0, endless) != entry(0, ended)) {
-    EXPECT_EQ(read(bytes + entry(1, endless), list), std::nullopt);
-    EXPECT_EQ(read(entry(0, endless) + bytes, list), std::nullopt);
-  }
+  List target;
+  List* const pointer = &target;
+  const auto read = [&](const Bytes& bytes) {
+    return deserialize<List>(bytes.data(), bytes.size(), {&pointer, 1});
+  };
+  EXPECT_TRUE(read(entry(0, ended)));
+  EXPECT_FALSE(read(entry(0, ended) + entry(1, endless)));
+  EXPECT_FALSE(read(entry(0, endless) + entry(0, ended)));
+  EXPECT_EQ(target, list);
 }
 
-TEST(SerializedReader, TakesWellFormedEntriesOfItsDspsAndNothingElse) {
-  const auto number = [](std::uint32_t dsp, const Bytes&) { return halfWords({dsp, 7}); };
-  expectReader<U32List>({7, 7}, number);
-  expectReader<U32ByPosition>({{0, 7}, {1, 7}}, number);
-  expectReader<NameList>({"ab", "ab"}, [](std::uint32_t dsp, const Bytes& text) {
-    return halfWords({dsp}) + padded(text, 32, 'z');
+TEST(SerializedList, NamesEndWithinTheirField) {
+  expectNamesEnd<NameList>(
+      {"ab"}, [](std::uint32_t dsp, const Bytes& text) { return halfWords({dsp}) + text; });
+  expectNamesEnd<NamedValuesByPosition>({{0, {"ab", 7}}}, [](std::uint32_t dsp, const Bytes& text) {
+    return halfWords({dsp, 7}) + text;
   });
-  expectReader<NamedValuesByPosition>({{0, {"ab", 7}}, {1, {"ab", 7}}},
-                                      [](std::uint32_t dsp, const Bytes& text) {
-                                        return halfWords({dsp, 7}) + padded(text, 32, 'z');
-                                      });
 }
 
 }  // namespace
