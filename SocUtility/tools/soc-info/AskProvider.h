@@ -5,10 +5,10 @@
 #include <chrono>
 #include <string>
 
-/// Writes JSON objects to the parent, one a line. All of them together are the fields that
-/// `CheckProvider` returns, with these exceptions:
+/// Writes JSON objects to the parent, one a line. Together they have the fields that
+/// `CheckProvider` returns, except for these:
 ///
-/// - `step`       what follows: "load", "DSP 1" and so on for every key, "unload", "exit"
+/// - `step`       the next step: "load", "DSP 1" and so on for every key, "unload", "exit"
 /// - `loadError`  why the library could not be loaded; the last line
 /// - `hung`       true: the step took longer than `limit`, and the process has ended itself
 /// - `asked`      one of `keys`

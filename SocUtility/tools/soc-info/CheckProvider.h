@@ -1,7 +1,8 @@
-/// What a provider library answers, key by key, and what an import would make of it.
+/// The command `check-provider`: a provider library's answers, key by key, and whether an import
+/// would count.
 ///
-/// The library is loaded and asked in a child process (see `AskProvider.h`), so that one that
-/// crashes or hangs is reported with the key that did it.
+/// A child process loads and asks the library (see `AskProvider.h`). If the library crashes or
+/// hangs, the report names the key.
 #pragma once
 
 #include <filesystem>

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-/// What a child process left.
+/// The result of a child process.
 struct ChildResult {
   std::string output;   ///< All that it wrote to the stream of `OpenStreamToParent`.
   std::string failure;  ///< "signal 11 (Segmentation fault)", "exception 0xC0000005" or "exit
@@ -19,5 +19,5 @@ ChildResult RunAskProvider(const std::string& file, const std::string& seconds);
 /// output from then on goes to its standard error. Throws `std::system_error`.
 std::FILE* OpenStreamToParent();
 
-/// Ends the process with exit status 0 whatever its other threads do or hold.
+/// Ends the process with exit status 0, even if other threads run or hold locks.
 [[noreturn]] void EndAtOnce();

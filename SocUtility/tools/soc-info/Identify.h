@@ -10,5 +10,5 @@
 /// which depends on the tables alone: its `run` is null.
 Json Identify(const MachineTables& tables);
 
-/// For people: the steps in their order, and what to do about a chip that is not known.
+/// For people: the steps in their order, and how to add a chip that is not known.
 void WriteIdentification(std::ostream& out, const Json& document);

@@ -11,7 +11,7 @@
 /// identifies this machine and makes the library's provider attempt once more.
 Json InspectThisMachine(const InstalledLibrary& library);
 
-/// The document of the machine that the tables came from, by the core alone.
+/// The document of the machine that the tables came from, from the core, without a library.
 Json InspectTables(const MachineTables& tables);
 
 /// For people: the chip, the provider, and a table of every capability.

@@ -1,4 +1,4 @@
-/// The library that the programs of this machine load, asked through its exports.
+/// The installed library, asked through its exports.
 #pragma once
 
 #include <string>

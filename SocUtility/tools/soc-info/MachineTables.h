@@ -1,4 +1,4 @@
-/// Where the firmware tables come from: this machine, or dumps of another one's.
+/// The firmware tables of this machine, or dumps of another machine's.
 #pragma once
 
 #include <cstdint>
@@ -20,6 +20,6 @@ MachineTables ReadThisMachine();
 /// "FACP.dat" that is there ("PPTT" likewise). Throws `InputError` when the FADT's is missing, when
 /// one is not a readable, non-empty file of at most 16 MiB, and when one holds another table.
 ///
-/// A dump that is shorter than its header says is taken as it is, since firmware can deliver
-/// such a table, with a line to `warnings`.
+/// A dump that is shorter than its header claims is accepted with a line to `warnings`, since
+/// firmware can deliver such a table.
 MachineTables ReadDumps(const std::filesystem::path& directory, std::ostream& warnings);

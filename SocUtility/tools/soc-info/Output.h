@@ -1,7 +1,7 @@
 /// How soc-info writes: one JSON document for programs, labelled lines for people.
 ///
-/// In both, a string from a table, a provider or the file system is escaped: nothing but printable
-/// ASCII reaches the terminal, and bytes that are not UTF-8 become U+FFFD.
+/// Both escape strings from tables, providers and the file system: only printable ASCII reaches the
+/// terminal, and bytes that are not UTF-8 become U+FFFD.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@
 /// Keeps fields in the order in which they were added, so that documents can be compared by line.
 using Json = nlohmann::ordered_json;
 
-/// The version of the form of all documents, which docs/soc-info.schema.json describes.
+/// The version of the documents' schema, docs/soc-info.schema.json.
 inline constexpr int SCHEMA_VERSION = 2;
 
 /// Writes an object as one document: a field a line, and a line for each object of an array.

@@ -22,11 +22,11 @@ struct ProviderReport {
 /// Without an attempt: only a state.
 ProviderReport NoAttempt(std::string_view state);
 
-/// Makes the attempt of a library in `directory` for a record of the unknown row. Writes the
+/// Makes the attempt as a library in `directory` does, for a record of the unknown row. Writes the
 /// provider's answers into the record, also when the import does not count.
 ProviderReport AttemptProvider(SocInfo& record, const std::string& directory);
 
-/// Why an import does not ask a service-utilities provider that was loaded; empty when it does.
+/// Why an import rejects a loaded service-utilities provider; empty if it accepts it.
 std::string_view WhyRejected(const ProviderLoader& provider);
 
 /// The path of the module that contains `address`, with forward slashes; empty when unknown.
