@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "AllocationFault.h"
 #include "Machine.h"
 #include "OwnProcess.h"
 
@@ -51,6 +52,19 @@ TEST(DriverLocation, SurvivesTheFailureOfAnyCall) {
     machine.failingCall = n;
     EXPECT_EQ(locateDriverDirectory(), n <= CALLS_BEFORE_DSP ? DSP_DIRECTORY : "");
     EXPECT_EQ(machine.CallsOf("RegOpenKeyExA").empty(), n <= CALLS_OF_A_SERVICE);
+  }
+}
+
+TEST(DriverLocation, IsNotMarkedWithoutMemoryForTheDevice) {
+  for (int n = 1, reported = 0; reported == 0; ++n) {
+    Machine machine;
+    install(machine);
+    const AllocationFault fault(n);
+    try {
+      EXPECT_FALSE(acceleratorRemoteCallsEnabled());
+      ++reported;
+    } catch (const std::bad_alloc&) {  // for one of the strings
+    }
   }
 }
 

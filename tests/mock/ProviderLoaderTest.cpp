@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <new>
+#include <optional>
+
+#include "AllocationFault.h"
 #include "DynamicSocInfo/provider/DynamicLibrary.h"
 #include "Machine.h"
 #include "OwnProcess.h"
@@ -97,6 +101,28 @@ TEST(ProviderLoader, MakesTheBestOfTheFailureOfAnyCall) {
       const ProviderLoader loader(AllProviders);
       EXPECT_EQ(contentOf(loader), expected[n - 1]);
       EXPECT_EQ(dlSym(DL_DEFAULT, "Soc_GetCapabilitySerialized"), nullptr) << "not hidden";
+    }
+  });
+}
+
+TEST(ProviderLoader, SurvivesTheFailureOfAnyAllocation) {
+  inOwnProcess([] {
+    // The second round finds the driver's directory remembered: it makes other allocations.
+    for (int round = 1; round <= 2; ++round) {
+      bool happened = true;
+      for (int n = 1; happened; ++n) {
+        SCOPED_TRACE(n);
+        Machine machine;
+        install(machine, {PACKAGE_SYSTEM_INFO});
+        try {
+          std::optional<AllocationFault> fault(n);
+          const ProviderLoader loader(AllProviders);
+          happened = AllocationFault::Happened();
+          fault.reset();
+          EXPECT_EQ(contentOf(loader) == PACKAGE_CONTENT, !happened);
+        } catch (const std::bad_alloc&) {  // the caller handles it
+        }
+      }
     }
   });
 }

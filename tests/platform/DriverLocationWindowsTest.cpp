@@ -1,6 +1,6 @@
 // Driver location with services and registry values made for the test, which needs the right to
-// make them. The test removes them. On a machine that has such a driver it is skipped. The tests over
-// the mocked platform try what can go wrong.
+// make them. The test removes them. On a machine that has such a driver it is skipped. The
+// tests over the mocked platform try what can go wrong.
 #include <gtest/gtest.h>
 
 #include <string>
