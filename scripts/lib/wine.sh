@@ -25,6 +25,12 @@ wine_prepare() {
   touch "$1/windows-10"
 }
 
+# wine_start: keeps the system that wine_prepare chose running, with a shell that waits for input.
+# Otherwise the first process starts it, which takes a second, and the last one ends it.
+wine_start() {
+  coproc wine_system { exec "$wine_program" cmd >/dev/null; }
+}
+
 # wine_stop: ends every process of the system that wine_prepare chose, as a reboot would.
 wine_stop() {
   wineserver --kill || true

@@ -3,19 +3,13 @@
 
 #include "ZynSystemInfo.h"
 
-#ifdef _WIN32
-#define EXPORT __declspec(dllexport)
-#else
-#define EXPORT __attribute__((visibility("default")))
-#endif
-
-EXPORT uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
+uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
   *major = 9;
   *minor = 9;
   return SOC_SUCCESS;
 }
 
-EXPORT uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
+uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
   (void)component;
   (void)key;
   memset(buffer, 0, *size);
@@ -23,8 +17,8 @@ EXPORT uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer
   return SOC_SUCCESS;
 }
 
-EXPORT uint32_t Soc_GetCapabilitySerialized(uint64_t component, uint64_t key, void* buffer,
-                                            uint64_t* size) {
+uint32_t Soc_GetCapabilitySerialized(uint64_t component, uint64_t key, void* buffer,
+                                     uint64_t* size) {
   (void)component;
   (void)key;
   (void)buffer;

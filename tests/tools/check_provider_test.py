@@ -74,9 +74,10 @@ class CheckProviderTest(Tests):
                 self.assertEqual((status, document["importCounts"]), (DOES_NOT_COUNT, False))
                 self.assertEqual((document["stopped"]["at"], document["stopped"]["how"], len(rows)),
                                  (at, how, rows_before))
-        # A parent may have left this signal ignored, and then children have no status.
-        result = self.text("2 17 abort 0 0 -",
-                           before=lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN))
+        # A parent may have left this signal ignored, and then children have no status. Wine
+        # does not work then.
+        parent = None if ON_WINDOWS else lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN)
+        result = self.text("2 17 abort 0 0 -", before=parent)
         self.assertIn("crash        at DSP 17: " + ("e" if ON_WINDOWS else "signal 6"),
                       result.stdout)
         self.assertIn("would not come unharmed out of the import", result.stdout)

@@ -98,7 +98,7 @@ TEST(Answers, OfEveryKeyAndOnePastEachEnd) {
 
 // The program of the last release asks each key for its minimum.
 TEST(Answers, ScalarMinimumGoesByTheWholeKey) {
-  for (const std::uint64_t key : {16, 43}) {
+  for (const std::uint64_t key : {16U, 43U}) {
     EXPECT_NE(ScalarFormOf(DSP, key).minimumSize, 8);
     EXPECT_EQ(ScalarFormOf(DSP, key + HIGH).minimumSize, 8);
     EXPECT_EQ(ScalarFormOf(DSP + HIGH, key).minimumSize, 8);
@@ -143,7 +143,7 @@ TEST(KeyTable, OnlyTwoPairsOfGpuKeysShareAField) {
 }
 
 TEST(Answers, GpuNameNeedsRoomForItsNul) {
-  for (const std::size_t length : {0, 7, 11, 12, 40}) {
+  for (const std::size_t length : {0U, 7U, 11U, 12U, 40U}) {
     GpuInfo gpu(0);
     gpu.name = std::string(length, 'n');
     const Bytes text = Bytes(length, 'n') + Bytes{0};

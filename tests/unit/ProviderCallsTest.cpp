@@ -88,7 +88,7 @@ TEST_F(ProviderCalls, TakeAnswersOfTheirWidthAndTheirLowBits) {
     Set(answers(row.answer));
     EXPECT_EQ(TryAll(), row.values) << &row - ROWS;
   }
-  for (const std::size_t size : {0, 3, 5, 7, 9, 15, 16}) {
+  for (const std::size_t size : {0U, 3U, 5U, 7U, 9U, 15U, 16U}) {
     Set(answers(Bytes(size, 1)));
     EXPECT_EQ(TryAll(), Values()) << size;
   }
