@@ -22,7 +22,12 @@ function(zyn_add_msvc_source target source)
   # In the place of the build's own options, some of which this target does not know.
   set_target_properties(${target}Msvc PROPERTIES COMPILE_OPTIONS
     "--target=${msvc_target};-ffreestanding;-fexceptions;-fcxx-exceptions;-fms-extensions;-Qunused-arguments;$<TARGET_PROPERTY:SocWarnings,INTERFACE_COMPILE_OPTIONS>;-Wno-language-extension-token")
-  target_sources(${target} PRIVATE $<TARGET_OBJECTS:${target}Msvc>)
+  zyn_link_msvc(${target} ${target}Msvc)
+endfunction()
+
+# zyn_link_msvc(target objects) adds such objects to a target, with what they need of the runtime.
+function(zyn_link_msvc target objects)
+  target_sources(${target} PRIVATE $<TARGET_OBJECTS:${objects}>)
   set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C)
   target_link_libraries(${target} PRIVATE ${runtime} ucrt)
   add_dependencies(${target} MsvcRuntime)
