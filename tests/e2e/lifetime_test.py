@@ -41,7 +41,11 @@ class Lifetime(Tests):
             with self.subTest(provider):
                 script = ["2 17 except 2 0 -"] if answers is throwing else []
                 outcome = run([*cycle * 10, "measure", *cycle * 100, "measure"], provider, script)
-                before, after = (outcome.lines.pop(at) for at in (20, -1))
+                before, after = (list(map(int, outcome.lines.pop(at).split())) for at in (20, -1))
                 self.assert_results(outcome, *answers * 110)
                 self.assert_loads(outcome, 0 if provider is None else 220)
-                self.assertEqual(before, after, "handles and blocks")
+                self.assertEqual(before[0], after[0], "handles")
+                # The heap of the Wine that runs ARM64 images pools small blocks. Its count differs
+                # by up to 4 from one walk to the next, without any load as well.
+                allowed = 4 if Settings.is_arm64() else 0
+                self.assertLessEqual(abs(after[1] - before[1]), allowed, f"blocks {before} {after}")

@@ -31,6 +31,12 @@ class Settings:
         return cls.client.suffix == ".exe"
 
     @classmethod
+    def is_arm64(cls):
+        image = cls.library.read_bytes()
+        header = int.from_bytes(image[0x3C:0x40], "little")
+        return cls.is_windows() and image[header : header + 6] == b"PE\0\0\x64\xaa"
+
+    @classmethod
     def product(cls):
         """The product's path in a scenario, in the form that the client's system takes."""
         return ("lib\\" if cls.is_windows() else "./lib/") + cls.library.name
