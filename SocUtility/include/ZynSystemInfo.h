@@ -28,8 +28,8 @@
 ///      of its own. On another thread such a query waits until the provider is done, so a provider
 ///      must not wait for that thread.
 ///    - `Soc_GetCapabilitySerialized` only: a name of the list exceeds 31 bytes.
-///    A hardware fault in a provider goes to the program. If the program handles it, the import has
-///    failed for good, and no call waits for it.
+///    A hardware fault in a provider goes to the program. If a program on Windows handles it, the
+///    import has failed for good, and no call waits for it.
 #ifndef ZYN_SYSTEM_INFO_H
 #define ZYN_SYSTEM_INFO_H
 

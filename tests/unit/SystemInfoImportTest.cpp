@@ -68,6 +68,25 @@ TEST_F(SystemInfoImport, EndedByAnExceptionLeavesTheRecordAsItWas) {
   }
 }
 
+TEST_F(SystemInfoImport, AThrownRuntimeErrorFailsTheListAndNoOtherExceptionDoes) {
+  provider_.lists = {
+      {{DSP, 16}, answers(halfWords({0, 5}))},
+      {{DSP, 46},
+       [](void*, std::uint64_t*) -> std::uint32_t { throw std::runtime_error("fault"); }},
+      {{DSP, 47}, answers(halfWords({0}) + padded({'a'}, 32))}};
+  const DspInfo dsp = Import().dsps.front();
+  EXPECT_EQ(dsp.cap16, U32List{5});
+  EXPECT_EQ(dsp.cap46, U32ByPosition{});
+  EXPECT_EQ(dsp.cap47, NameList{"a"});
+
+  provider_.lists[{DSP, 46}] = [](void*, std::uint64_t*) -> std::uint32_t {
+    throw std::bad_alloc();
+  };
+  SocInfo record = OtherRecord();
+  EXPECT_THROW(ImportProviderCapabilities(provider_.loader, record), std::bad_alloc);
+  EXPECT_EQ(record, OtherRecord());
+}
+
 TEST_F(SystemInfoImport, TakesTheNumbersTheNameAndTheListsOfTheFirstDsp) {
   const Bytes minusFour = words({0xFFFFFFFFFFFFFFFC});
   provider_.scalars = {{{DSP, 45}, answers(minusFour)},

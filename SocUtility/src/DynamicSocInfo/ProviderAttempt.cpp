@@ -11,7 +11,7 @@ namespace {
 
 /// Locked during an attempt, so at most one import runs. The dynamic library layer and the provider
 /// calls need that.
-constinit std::mutex providerMutex;
+std::mutex providerMutex;
 
 /// The thread that holds the mutex. Unlike a thread-local mark it never allocates.
 constexpr DWORD NO_THREAD = 0;

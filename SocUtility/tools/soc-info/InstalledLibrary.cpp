@@ -87,11 +87,15 @@ InstalledLibrary::InstalledLibrary(const std::string& file)
   bind("Soc_GetAPIVersion", getApiVersion_);
   bind("Soc_GetCapability", getCapability_);
   bind("Soc_GetCapabilitySerialized", getCapabilitySerialized_);
-  path_ = ModulePath(reinterpret_cast<const void*>(getCapability_));
+  // Empty where the path is too long for the library too: then it does not search its own folder.
+  ownPath_ = ModulePath(reinterpret_cast<const void*>(getCapability_));
+  if (!ownPath_.empty()) {
+    path_ = ownPath_;
+  }
 }
 
 std::string InstalledLibrary::Directory() const {
-  return fs::path(path_).parent_path().generic_string() + '/';
+  return ownPath_.empty() ? "" : fs::path(ownPath_).parent_path().generic_string() + '/';
 }
 
 std::string InstalledLibrary::InterfaceVersion() const {

@@ -15,7 +15,8 @@ class InstalledLibrary {
   explicit InstalledLibrary(const std::string& file);
 
   const std::string& Path() const { return path_; }
-  /// Where the library looks for a provider first, with a slash at the end.
+  /// Where the library looks for a provider first, with a slash at the end. Empty where the library
+  /// cannot learn its own path, and so does not look there.
   std::string Directory() const;
   /// "0.1".
   std::string InterfaceVersion() const;
@@ -23,7 +24,8 @@ class InstalledLibrary {
   Json Ask(const CapabilityKey& id) const;
 
  private:
-  std::string path_;
+  std::string path_;     ///< Shown to people.
+  std::string ownPath_;  ///< As the library learns it; empty where it is too long for it.
   Soc_GetAPIVersionFn* getApiVersion_ = nullptr;
   Soc_GetCapabilityFn* getCapability_ = nullptr;
   Soc_GetCapabilitySerializedFn* getCapabilitySerialized_ = nullptr;

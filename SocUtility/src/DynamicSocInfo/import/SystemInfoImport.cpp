@@ -1,6 +1,7 @@
 #include "DynamicSocInfo/import/SystemInfoImport.h"
 
 #include <cstddef>
+#include <stdexcept>
 #include <utility>
 
 #include "DynamicSocInfo/capabilities/KeyTable.h"
@@ -59,7 +60,7 @@ bool ImportFromSystemInfoProvider(ProviderLoader& provider, SocInfo& record) {
 }
 
 bool TryGetSerializedBytes(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-                           std::vector<std::uint8_t>& buffer) {
+                           std::vector<std::uint8_t>& buffer) try {
   if (provider.getCapabilitySerialized == nullptr) {
     return false;
   }
@@ -74,4 +75,6 @@ bool TryGetSerializedBytes(ProviderLoader& provider, std::uint32_t component, st
       return false;
     }
   }
+} catch (const std::runtime_error&) {
+  return false;
 }

@@ -19,6 +19,7 @@ bool ImportFromSystemInfoProvider(ProviderLoader& provider, SocInfo& record);
 
 /// One answer of the provider's `Soc_GetCapabilitySerialized`. The first call offers `buffer` as it
 /// is. It grows as long as the provider asks for more. On success it holds exactly the answer.
+/// False otherwise, also when the provider throws `std::runtime_error`.
 bool TryGetSerializedBytes(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
                            std::vector<std::uint8_t>& buffer);
 
@@ -29,12 +30,11 @@ template <class List>
 bool ImportSerializedList(ProviderLoader& provider, std::uint32_t key, List& field,
                           std::vector<std::uint8_t>& buffer) {
   List* const target = &field;
-  bool imported = false;
+  bool imported = TryGetSerializedBytes(provider, DSP, key, buffer);
   try {
-    imported = TryGetSerializedBytes(provider, DSP, key, buffer) &&
-               deserialize<List>(buffer.data(), buffer.size(), {&target, 1});
+    imported = imported && deserialize<List>(buffer.data(), buffer.size(), {&target, 1});
   } catch (const std::bad_alloc&) {
-    // The provider chose the list's length, so a list too long for memory is malformed.
+    imported = false;  // the provider chose the list's length: too long for memory is malformed
   }
   if (!imported) {
     field.clear();
