@@ -61,7 +61,7 @@ inline constexpr ScalarTable<ScalarForm> SCALAR_FORMS = [] {
 /// The form of a query. Only the low 32 bits of `key` select the capability. A key above 32 bits
 /// has the default minimum size.
 constexpr ScalarForm ScalarFormOf(std::uint64_t component, std::uint64_t key) noexcept {
-  if (component - DSP >= SCALAR_FORMS.size()) {
+  if (component - DSP >= SCALAR_FORMS.size()) [[unlikely]] {
     return {};
   }
   const auto& forms = SCALAR_FORMS[component - DSP];
