@@ -11,8 +11,7 @@
  *   reply STATUS SIZE HEX   returns STATUS and reports SIZE, whatever fits of the bytes written
  *   call 0 0 LIBRARY        asks both queries of the product, then answers
  *   print 0 0 TEXT          writes TEXT to standard output, then answers
- *   tell AGAIN 0 TEXT       writes TEXT and a line's end to descriptor 3, then answers; only TEXT,
- *                           and for ever, if AGAIN is not 0
+ *   tell 0 0 TEXT           writes TEXT and a line's end to descriptor 3, then answers
  *   signal NUMBER 0 -       raises that signal, then answers
  *   fault 0 0 -             writes where nothing is
  *   except KIND 0 -         lets an exception out (see Throwing.cpp), then answers; only in a
@@ -133,9 +132,7 @@ static void obey(const Rule* rule) {
       (void)fflush(stdout);
       break;
     case 't':
-      do {
-        HostAppend("/dev/fd/3", rule->text, strlen(rule->text));
-      } while (rule->status != 0);
+      HostAppend("/dev/fd/3", rule->text, strlen(rule->text));
       HostAppend("/dev/fd/3", "\n", 1);
       break;
     case 's':
