@@ -52,7 +52,7 @@ std::uint32_t RefuseScalarKey(std::uint64_t component, std::uint64_t key) noexce
   return UNSUPPORTED_KEY;
 }
 
-std::uint32_t RefuseList(std::uint64_t key, std::uint32_t status) noexcept {
+std::uint32_t RefuseUnwritableList(std::uint64_t key, std::uint32_t status) noexcept {
   writeLine("INSUFFICIENT_SIZE FOR KEY: ", key);
   return status;
 }

@@ -18,5 +18,5 @@ std::uint32_t RefuseListKey(std::uint64_t key) noexcept;
 /// The serialized query was asked for a scalar.
 std::uint32_t RefuseScalarKey(std::uint64_t component, std::uint64_t key) noexcept;
 
-/// A list that could not be written: returns `status`.
-std::uint32_t RefuseList(std::uint64_t key, std::uint32_t status) noexcept;
+/// The list could not be written to the buffer: returns `status`.
+std::uint32_t RefuseUnwritableList(std::uint64_t key, std::uint32_t status) noexcept;

@@ -15,7 +15,7 @@ std::uint32_t answerList(const List& list, std::uint32_t key, void* buffer, std:
   if (serialize<List>(buffer, size, {&firstDsp, 1})) {
     return SUCCESS;
   }
-  return RefuseList(key, *size == UNSERIALIZABLE ? FAILURE : INSUFFICIENT_SIZE);
+  return RefuseUnwritableList(key, *size == UNSERIALIZABLE ? FAILURE : INSUFFICIENT_SIZE);
 }
 
 template <class Record>

@@ -74,7 +74,7 @@ bool IsAcceptedProvider(const ProviderLoader& provider) {
          provider.getCapabilitySerialized != nullptr;
 }
 
-bool ProviderAttempt::AttemptLocked(SocInfo& record) {
+bool ProviderAttempt::AttemptUnderLock(SocInfo& record) {
   AttemptLock lock;
   if (!IsNeeded()) {
     return false;  // made by another thread meanwhile

@@ -27,7 +27,7 @@ class ProviderAttempt {
   ///
   /// If the program handles a hardware fault in the provider, the attempt counts as made without
   /// success, and the provider stays loaded.
-  bool EnsureAttempted(SocInfo& record) { return IsNeeded() && AttemptLocked(record); }
+  bool EnsureAttempted(SocInfo& record) { return IsNeeded() && AttemptUnderLock(record); }
 
   /// Whether the record came from the catalogue or an attempt succeeded.
   bool RecordConfirmed() const noexcept { return recordConfirmed_.load(std::memory_order_acquire); }
@@ -36,7 +36,7 @@ class ProviderAttempt {
   bool IsNeeded() const noexcept {
     return !RecordConfirmed() && !providerAttempted_.load(std::memory_order_acquire);
   }
-  bool AttemptLocked(SocInfo& record);
+  bool AttemptUnderLock(SocInfo& record);
 
   std::atomic<bool> recordConfirmed_;
   std::atomic<bool> providerAttempted_{false};

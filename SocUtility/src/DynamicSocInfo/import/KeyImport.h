@@ -14,7 +14,3 @@
 template <class Record>
 bool TryImportKey(ProviderLoader& provider, std::uint32_t key, Record& entry,
                   std::string* failure = nullptr);
-
-extern template bool TryImportKey(ProviderLoader&, std::uint32_t, DspInfo&, std::string*);
-extern template bool TryImportKey(ProviderLoader&, std::uint32_t, GpuInfo&, std::string*);
-extern template bool TryImportKey(ProviderLoader&, std::uint32_t, CpuInfo&, std::string*);
