@@ -22,18 +22,22 @@ if(MSVC)
   add_link_options(/guard:cf)
 endif()
 
+# A build in another folder gives the same bytes.
+if(PROJECT_IS_TOP_LEVEL AND NOT MSVC)
+  set(is_release $<AND:$<CONFIG:Release>,$<COMPILE_LANGUAGE:C,CXX>>)
+  add_compile_options($<${is_release}:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+                      $<${is_release}:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+endif()
+
 if(PROJECT_IS_TOP_LEVEL AND NOT WIN32)
   add_compile_options($<$<CONFIG:Release>:-g>) # installed apart, as symbols
 endif()
 
-# Windows images have Control Flow Guard, and debug information in a PDB beside each. A build in another
-# folder gives the same bytes.
+# Windows images have Control Flow Guard, and debug information in a PDB beside each.
 if(PROJECT_IS_TOP_LEVEL AND MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-mguard=cf> $<$<COMPILE_LANGUAGE:C,CXX>:-g>
     $<$<COMPILE_LANGUAGE:C,CXX>:-gcodeview> $<$<COMPILE_LANGUAGE:C,CXX>:-gno-codeview-command-line>
-    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-compilation-dir=.>
-    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
-    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-compilation-dir=.>)
   if(CMAKE_SYSTEM_PROCESSOR STREQUAL "ARM64X")
     # Both halves of an object are temporary files, whose random names the debug information quotes.
     add_compile_options("$<$<COMPILE_LANGUAGE:C,CXX>:SHELL:-Xclang -object-file-name=hybrid.o>")

@@ -1,4 +1,5 @@
-/// ZynSystemInfo: what the system-on-chip of this machine can do, by numbered capability.
+/// ZynSystemInfo: what the system-on-chip of this machine can do, by numbered capability. For C99,
+/// C++11 and later.
 ///
 /// Conventions, the same for all three functions:
 ///
@@ -21,9 +22,9 @@
 /// `FAILURE`:
 ///    - `Soc_GetCapability` only: the chip is unknown, and no provider's answers were imported. The
 ///      call that looked for a provider still answers; all later ones fail.
-///    - Memory ran out, or a provider threw a C++ exception. The next call tries again. Exception:
-///      if memory runs out while a firmware table is read, the chip counts as unknown until this
-///      library is unloaded; if while a provider is loaded, the provider counts as absent.
+///    - Memory ran out, or an exception of a provider ended the import. The next call tries again.
+///      But if memory runs out while a firmware table is read, the chip counts as unknown until
+///      this library is unloaded; if while a provider is loaded, the provider counts as absent.
 ///    - A provider made the query on the thread that is asking it, and the query needed an import
 ///      of its own. On another thread such a query waits until the provider is done, so a provider
 ///      must not wait for that thread.

@@ -11,6 +11,10 @@ const DSP = 2;
 const GPU = 3;
 const CPU = 5;
 
+if (process.argv.length !== 3) {
+  console.error('usage: node client.js path/to/ZynSystemInfo.dll');
+  process.exit(2);
+}
 const library = koffi.load(path.resolve(process.argv[2]));
 const parameters = '(uint64_t component, uint64_t key, void *buffer, _Inout_ uint64_t *size)';
 const getCapability = library.func(`uint32_t Soc_GetCapability${parameters}`);

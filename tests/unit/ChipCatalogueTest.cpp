@@ -58,10 +58,10 @@ TEST(ChipData, EveryChipHasItsKeysAndAtMostOneCompleteRow) {
     EXPECT_EQ(record.sizeLimit, SIZE_LIMIT);
     ASSERT_EQ(record.dsps.size(), 1U);
     EXPECT_EQ(record.dsps.front().cap41, row.socModel);
-    EXPECT_EQ(record.dsps.front().cap16.size(), 1U);
+    EXPECT_EQ(record.dsps.front().cap16.size(), 1U) << "this list has one element";
     ASSERT_EQ(record.gpus.size(), 1U);
     EXPECT_FALSE(record.gpus.front().name.empty());
-    EXPECT_LE(record.gpus.front().name.size(), LONGEST_GPU_NAME);
+    EXPECT_LE(record.gpus.front().name.size(), LONGEST_GPU_NAME) << "shorten the GPU's name";
   }
   // Those without a row, and what can be no chip's identifier.
   chips.insert({NO_CHIP_ID, 1, UNDETERMINED_CHIP_ID});

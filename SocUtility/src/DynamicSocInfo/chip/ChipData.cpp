@@ -1,6 +1,6 @@
 // This is the project's development data set: invented chips. A maker's engineer puts the real rows
-// here; docs/adding-a-chip.md explains how. `ChipDataTest` checks the rules that rows and keys
-// keep.
+// here; docs/adding-a-chip.md explains how. ChipCatalogueTest.cpp checks the rules that rows and
+// keys keep.
 #include "DynamicSocInfo/chip/ChipData.h"
 
 namespace {
