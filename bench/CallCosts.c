@@ -7,7 +7,7 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "Host.h"
+#include "Modules.h"
 
 #define REPLACES __attribute__((visibility("default")))
 
@@ -40,7 +40,7 @@ REPLACES void* realloc(void* block, size_t size) {
 
 static int lockWith(LockFunction* next, const char* name, void* lock) {
   if (*next == NULL) {
-    *next = (LockFunction)HostSymbol(RTLD_NEXT, name);
+    *next = (LockFunction)findFunction(RTLD_NEXT, name);
   }
   ++locks;
   return (*next)(lock);
@@ -84,13 +84,13 @@ static const Question QUESTIONS[] = {
 
 int main(int argc, char** argv) {
   static char answer[512];
-  void* const module = argc == 2 ? HostOpen(argv[1]) : NULL;
+  void* const module = argc == 2 ? openModule(argv[1]) : NULL;
   if (module == NULL) {
     return 1;
   }
   for (size_t i = 0; i < sizeof QUESTIONS / sizeof QUESTIONS[0]; ++i) {
     const Question* const question = &QUESTIONS[i];
-    const QueryFunction ask = (QueryFunction)HostSymbol(module, question->function);
+    const QueryFunction ask = (QueryFunction)findFunction(module, question->function);
     /* The first call initialises, the second is warm. */
     for (int call = 0; call < 2; ++call) {
       uint64_t size = sizeof answer;

@@ -1,13 +1,16 @@
 /* What a fresh process pays: ColdStart LIBRARY loads it, asks one scalar, and prints on one line
  * the nanoseconds that loading and asking took, and the bytes of memory kept after them. A library
  * without the list query is only loaded. */
+#include <fcntl.h>
+#include <stdbool.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
+#include <unistd.h>
 
-#include "Host.h"
+#include "Modules.h"
 
 typedef uint32_t (*QueryFunction)(uint64_t, uint64_t, void*, uint64_t*);
 
@@ -23,7 +26,9 @@ static long long now(void) {
 static long long ownBytes(void) {
   static char text[4096];
   static const char LABEL[] = "Anonymous:";
-  text[HostRead("/proc/self/smaps_rollup", text, sizeof text - 1)] = '\0';
+  const int file = open("/proc/self/smaps_rollup", O_RDONLY);
+  (void)!read(file, text, sizeof text - 1);
+  close(file);
   const char* const line = strstr(text, LABEL);
   return line == NULL ? 0 : strtoll(line + strlen(LABEL), NULL, 10) * 1024;
 }
@@ -38,13 +43,13 @@ int main(int argc, char** argv) {
   const long long ownBefore = ownBytes();
 
   const long long start = now();
-  void* const module = HostOpen(argv[1]);
+  void* const module = openModule(argv[1]);
   const long long loaded = now();
   if (module == NULL) {
     return 1;
   }
-  const QueryFunction scalar = (QueryFunction)HostSymbol(module, "Soc_GetCapability");
-  const bool isFloor = HostSymbol(module, "Soc_GetCapabilitySerialized") == NULL;
+  const QueryFunction scalar = (QueryFunction)findFunction(module, "Soc_GetCapability");
+  const bool isFloor = findFunction(module, "Soc_GetCapabilitySerialized") == NULL;
   const long long bound = now();
   if (!isFloor) {
     scalar(DSP, SCALAR, answer, &scalarSize);

@@ -7,11 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "Modules.h"
 #include "ZynSystemInfo.h"
-
-extern "C" {
-#include "Host.h"
-}
 
 namespace {
 
@@ -49,8 +46,8 @@ void ask(benchmark::State& state, QueryFunction query, const Question& question)
 }
 
 QueryFunction load(const char* path, const char* name) {
-  void* const module = HostOpen(path);
-  const HostFunction function = module != nullptr ? HostSymbol(module, name) : nullptr;
+  void* const module = openModule(path);
+  const ModuleFunction function = module != nullptr ? findFunction(module, name) : nullptr;
   if (function == nullptr) {
     (void)std::fprintf(stderr, "%s: does not load, or lacks %s\n", path, name);
     std::exit(2);

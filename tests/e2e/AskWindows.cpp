@@ -3,24 +3,21 @@
 
 namespace {
 
-HostEnd askCatching(HostQuery query, uint64_t component, uint64_t key, void* buffer, uint64_t* size,
-                    uint32_t* status) {
+void askCatching(HostCall* call) {
   try {
-    *status = query(component, key, buffer, size);
-    return HOST_RETURNED;
+    call->status = call->query(call->component, call->key, call->buffer, &call->size);
   } catch (...) {
-    return HOST_THREW;
+    call->end = " threw";
   }
 }
 
 }  // namespace
 
-HostEnd HostAsk(HostQuery query, uint64_t component, uint64_t key, void* buffer, uint64_t* size,
-                uint32_t* status) {
+void HostAsk(HostCall* call) {
   constexpr int EXECUTE_HANDLER = 1;
   __try {
-    return askCatching(query, component, key, buffer, size, status);
+    askCatching(call);
   } __except (EXECUTE_HANDLER) {
-    return HOST_FAULTED;
+    call->end = " faulted";
   }
 }

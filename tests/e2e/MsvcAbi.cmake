@@ -28,7 +28,7 @@ endfunction()
 # zyn_link_msvc(target objects) adds such objects to a target, with what they need of the runtime.
 function(zyn_link_msvc target objects)
   target_sources(${target} PRIVATE $<TARGET_OBJECTS:${objects}>)
-  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C)
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
   target_link_libraries(${target} PRIVATE ${runtime} ucrt)
   add_dependencies(${target} MsvcRuntime)
 endfunction()

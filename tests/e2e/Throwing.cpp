@@ -7,62 +7,37 @@
 #include <stdexcept>
 #endif
 
-#include "Host.h"
-
 extern "C" void ThrowException(uint64_t kind);
+extern "C" void Note(const char* text);  // to the provider's log
 
 namespace {
 
-void note(const char* line, size_t length) { HostAppend("provider.log", line, length); }
-
 /// Its destructor is the provider's code, so an exception that outlives the provider is a crash.
-struct OwnFault {
-  OwnFault() = default;
-  OwnFault(const OwnFault&) = delete;
-  OwnFault& operator=(const OwnFault&) = delete;
-  OwnFault(OwnFault&& other) noexcept : isNoted(other.isNoted) { other.isNoted = false; }
-  ~OwnFault() {
-    if (isNoted) {
-      note("destroyed\n", 10);
-    }
-  }
-  bool isNoted = true;
+struct Noted {
+  const char* text;
+  ~Noted() { Note(text); }
 };
-
-/// What lives in a frame that the exception leaves.
-struct Local {
-  Local() = default;
-  Local(const Local&) = delete;
-  Local& operator=(const Local&) = delete;
-  ~Local() { note("left\n", 5); }
-};
-
-[[noreturn]] void throwAgain() {
-  try {
-    throw OwnFault();
-  } catch (const OwnFault&) {
-    throw;
-  }
-}
 
 }  // namespace
 
 void ThrowException(uint64_t kind) {
   switch (kind) {
-    case 1:
-      throw 1;
-    case 2: {
-      const Local local;
-      throw OwnFault();
+    case 1: {
+      const Noted local{"left\n"};
+      throw Noted{"destroyed\n"};
     }
-    case 3:
-      throwAgain();
+    case 2:
+      try {
+        throw 1;
+      } catch (int) {
+        throw;
+      }
 #if !defined(_MSC_VER)
-    case 4:
+    case 3:
       throw std::runtime_error("thrown by the provider");
     default:
       if (std::uncaught_exceptions() != 0) {
-        note("uncaught\n", 9);
+        Note("uncaught\n");
       }
 #endif
   }

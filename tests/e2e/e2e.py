@@ -6,6 +6,7 @@ import subprocess
 import sys
 import unittest
 
+from expectations import SCALAR
 from failure_test import Allocations, Exceptions, Faults  # noqa: F401
 from import_test import Import  # noqa: F401
 from lifetime_test import Lifetime  # noqa: F401
@@ -28,7 +29,7 @@ def main():
     # this one answers when the system is up, and stays until all tests have run.
     with subprocess.Popen([*Settings.launcher, Settings.client, Settings.library],
                           stdin=subprocess.PIPE, stdout=subprocess.PIPE) as first:
-        first.stdin.write(b"version\n")
+        first.stdin.write(SCALAR.encode() + b"\n")
         first.stdin.flush()
         first.stdout.readline()
         unittest.main(argv=[sys.argv[0], *rest])

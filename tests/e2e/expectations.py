@@ -5,17 +5,15 @@ import unittest
 from scenario import Result, number
 
 DSP, GPU, CPU = 2, 3, 5
-DSP_REQUIRED = [*range(1, 17), *range(18, 26), 17, 26, 27, 28]
-DSP_OPTIONAL = [*range(29, 35), *range(36, 45)]
-GPU_REQUIRED = [1, 4]
-GPU_OPTIONAL = range(5, 14)
-CPU_OPTIONAL = [(CPU, 1), (CPU, 2)]
-REQUIRED = [(DSP, key) for key in DSP_REQUIRED] + [(GPU, key) for key in GPU_REQUIRED]
-OPTIONAL = [(DSP, key) for key in DSP_OPTIONAL] + CPU_OPTIONAL + [
-    (GPU, key) for key in GPU_OPTIONAL]
-ASKED = [(DSP, key) for key in DSP_REQUIRED + DSP_OPTIONAL] + CPU_OPTIONAL + [
-    (GPU, key) for key in [*GPU_REQUIRED, *GPU_OPTIONAL]]
+DSP_ASKED = [*range(1, 17), *range(18, 26), 17, *range(26, 35), *range(36, 45)]
+ASKED = [*((DSP, key) for key in DSP_ASKED), (CPU, 1), (CPU, 2), (GPU, 1), (GPU, 4),
+         *((GPU, key) for key in range(5, 14))]
+REQUIRED = [*((DSP, key) for key in range(1, 29)), (GPU, 1), (GPU, 4)]
+OPTIONAL = [pair for pair in ASKED if pair not in REQUIRED]
 FIRST_SIZES = {(DSP, 16): 32, (GPU, 4): 32, (DSP, 43): 4, (DSP, 44): 4}
+# The log of an import in which no key is asked twice.
+IMPORT = ["load", *(f"asked {component} {key} {FIRST_SIZES.get((component, key), 8)}"
+                    for component, key in ASKED), "unload"]
 
 SCALAR = "s 2 5 8"
 LIST = "l 2 16 64"
@@ -30,13 +28,6 @@ LIST_REFUSED = Result(25, 64, "")
 
 def refuse(keys):
     return [f"{component} {key} reply 3 0 -" for component, key in keys]
-
-
-def one_import(sizes_of=lambda pair: [FIRST_SIZES.get(pair, 8)]):
-    """The log of one import that asks each key with these sizes."""
-    questions = [f"asked {component} {key} {size}" for component, key in ASKED
-                 for size in sizes_of((component, key))]
-    return ["load", *questions, "unload"]
 
 
 class Tests(unittest.TestCase):

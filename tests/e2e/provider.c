@@ -3,28 +3,31 @@
  *
  * In the working directory of the process it reads provider.txt when it is loaded and writes
  * provider.log: "load", each question as "asked component key offered-size", "unload", and what a
- * call back into the product gave.
+ * call back into the product gave. It takes no memory from the heap: allocations are made to fail.
  *
  * A line of provider.txt has six fields: component, key, action, two numbers, a text. The first
  * line that fits a question says how it is answered, and one for 0 0 what unloading does:
  *
  *   reply STATUS SIZE HEX   returns STATUS and reports SIZE, whatever fits of the bytes written
  *   call 0 0 LIBRARY        asks both queries of the product, then answers
- *   print 0 0 TEXT          writes TEXT to standard output, then answers
- *   tell 0 0 TEXT           writes TEXT and a line's end to descriptor 3, then answers
+ *   write FILE 0 TEXT       writes TEXT and a line's end to that descriptor, then answers
  *   signal NUMBER 0 -       raises that signal, then answers
  *   fault 0 0 -             writes where nothing is
- *   except KIND 0 -         lets an exception out (see Throwing.cpp), then answers; only in a
- *                           provider that is compiled with THROWS
+ *   except KIND 0 -         lets an exception out (see Throwing.cpp), then answers
  *   quit | abort | hang     ends the process, or never returns; two numbers and a text follow
  *
  * A question without a line is answered by the example. */
+#define _GNU_SOURCE
+#include <fcntl.h>
+#include <inttypes.h>
 #include <signal.h>
+#include <stdbool.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
-#include "Host.h"
+#include "Modules.h"
 
 #if defined(_WIN32)
 #define PROVIDER_EXPORT __declspec(dllexport)
@@ -32,67 +35,48 @@
 #define PROVIDER_EXPORT __attribute__((visibility("default")))
 #endif
 
+typedef uint32_t Query(uint64_t component, uint64_t key, void* buffer, uint64_t* size);
 /* The example's query under another name. */
-uint32_t ExampleGetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size);
+Query ExampleGetCapability;
 PROVIDER_EXPORT uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor);
-PROVIDER_EXPORT uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer,
-                                           uint64_t* size);
-#if defined(THROWS)
+PROVIDER_EXPORT Query Soc_GetCapability;
 void ThrowException(uint64_t kind);
-#endif
-
-enum { MAX_TEXT = 1024 };
+void Note(const char* text);
 
 typedef struct {
+  uint64_t component;
+  uint64_t key;
   char action; /* the action's first letter */
   uint64_t status;
   uint64_t size;
-  char text[MAX_TEXT];
+  char text[1024];
 } Rule;
 
 static char script[16384];
 
-static void logLine(const char* word, const uint64_t* numbers, size_t count) {
-  char line[128];
-  char* const end = line + sizeof line;
-  char* first = end;
-  *--first = '\n';
-  while (count > 0) {
-    uint64_t rest = numbers[--count];
-    do {
-      *--first = (char)('0' + rest % 10);
-    } while ((rest /= 10) != 0);
-    *--first = ' ';
+/* Adds to the log. */
+void Note(const char* text) {
+  const int file = open("provider.log", O_WRONLY | O_APPEND | O_CREAT, 0644);
+  if (write(file, text, (unsigned)strlen(text)) < 0) {
+    _exit(3);
   }
-  first -= strlen(word);
-  memcpy(first, word, strlen(word));
-  HostAppend("provider.log", first, (size_t)(end - first));
+  close(file);
 }
 
 __attribute__((constructor)) static void onLoad(void) {
-  script[HostRead("provider.txt", script, sizeof script - 1)] = '\0';
-  logLine("load", NULL, 0);
+  const int file = open("provider.txt", O_RDONLY);
+  (void)!read(file, script, sizeof script - 1);
+  close(file);
+  Note("load\n");
 }
 
-static const char* skipBlanks(const char* text) { return text + strspn(text, " \n"); }
-
-/* Reads the script, which is well-formed, up to the first line that fits. */
+/* Reads the script up to the first line that fits. */
 static bool findRule(uint64_t component, uint64_t key, Rule* rule) {
-  const char* line = skipBlanks(script);
-  while (*line != '\0') {
-    char* rest;
-    const uint64_t ofComponent = strtoull(line, &rest, 0);
-    const uint64_t ofKey = strtoull(rest, &rest, 0);
-    rule->action = *skipBlanks(rest);
-    rest = strchr(skipBlanks(rest), ' ');
-    rule->status = strtoull(rest, &rest, 0);
-    rule->size = strtoull(rest, &rest, 0);
-    line = skipBlanks(rest);
-    const size_t length = strcspn(line, "\n");
-    memcpy(rule->text, line, length);
-    rule->text[length] = '\0';
-    line = skipBlanks(line + length);
-    if (ofComponent == component && ofKey == key) {
+  for (const char* line = script; *line != '\0'; line = strchr(line, '\n') + 1) {
+    if (sscanf(line, "%" SCNu64 " %" SCNu64 " %c%*s %" SCNu64 " %" SCNu64 " %1023[^\n]",
+               &rule->component, &rule->key, &rule->action, &rule->status, &rule->size,
+               rule->text) == 6 &&
+        rule->component == component && rule->key == key) {
       return true;
     }
   }
@@ -101,24 +85,26 @@ static bool findRule(uint64_t component, uint64_t key, Rule* rule) {
 
 /* Writes the bytes that the text spells, up to `offered`. */
 static void writeHex(const char* text, uint8_t* buffer, uint64_t offered) {
-  for (const char* end = text + strlen(text); end - text >= 2 && offered > 0;
-       text += 2, --offered) {
-    const char pair[] = {text[0], text[1], '\0'};
-    *buffer++ = (uint8_t)strtoul(pair, NULL, 16);
+  unsigned byte;
+  for (; offered > 0 && sscanf(text, "%2x", &byte) == 1; text += 2, --offered) {
+    *buffer++ = (uint8_t)byte;
   }
 }
 
 /* What a provider must not do: ask the product that is asking it. */
 static void askBack(const char* library) {
-  void* const product = HostOpen(library);
-  char buffer[512];
-  uint64_t size = 8;
-  uint64_t listSize = sizeof buffer;
-  const HostQuery scalar = (HostQuery)HostSymbol(product, "Soc_GetCapability");
-  const HostQuery list = (HostQuery)HostSymbol(product, "Soc_GetCapabilitySerialized");
-  const uint64_t statuses[] = {scalar(2, 1, buffer, &size), list(2, 16, buffer, &listSize)};
-  logLine("call", statuses, 2);
-  HostClose(product);
+  void* const product = openModule(library);
+  Query* const askScalar = (Query*)findFunction(product, "Soc_GetCapability");
+  Query* const askList = (Query*)findFunction(product, "Soc_GetCapabilitySerialized");
+  char buffer[64];
+  char line[64];
+  uint64_t size = sizeof buffer;
+  const uint32_t scalar = askScalar(2, 1, buffer, &size);
+  size = sizeof buffer;
+  const uint32_t list = askList(2, 16, buffer, &size);
+  (void)snprintf(line, sizeof line, "call %" PRIu32 " %" PRIu32 "\n", scalar, list);
+  Note(line);
+  closeModule(product);
 }
 
 /* What is to be done before the answer. */
@@ -127,14 +113,12 @@ static void obey(const Rule* rule) {
     case 'c':
       askBack(rule->text);
       break;
-    case 'p':
-      (void)puts(rule->text);
-      (void)fflush(stdout);
+    case 'w': {
+      const size_t length = strlen(rule->text);
+      (void)!write((int)rule->status, rule->text, (unsigned)length);
+      (void)!write((int)rule->status, "\n", 1);
       break;
-    case 't':
-      HostAppend("/dev/fd/3", rule->text, strlen(rule->text));
-      HostAppend("/dev/fd/3", "\n", 1);
-      break;
+    }
     case 's':
       (void)raise((int)rule->status);
       break;
@@ -143,11 +127,9 @@ static void obey(const Rule* rule) {
       *nowhere = 0;
       break;
     }
-#if defined(THROWS)
     case 'e':
       ThrowException(rule->status);
       break;
-#endif
     case 'q':
       exit(0);
     case 'a':
@@ -160,7 +142,7 @@ static void obey(const Rule* rule) {
 
 __attribute__((destructor)) static void onUnload(void) {
   Rule rule;
-  logLine("unload", NULL, 0);
+  Note("unload\n");
   if (findRule(0, 0, &rule)) {
     obey(&rule);
   }
@@ -174,7 +156,10 @@ uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
 
 uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
   Rule rule;
-  logLine("asked", (const uint64_t[]){component, key, *size}, 3);
+  char line[96];
+  (void)snprintf(line, sizeof line, "asked %" PRIu64 " %" PRIu64 " %" PRIu64 "\n", component, key,
+                 *size);
+  Note(line);
   if (findRule(component, key, &rule)) {
     if (rule.action == 'r') {
       writeHex(rule.text, buffer, *size);

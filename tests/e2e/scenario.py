@@ -17,7 +17,6 @@ import unittest
 from typing import NamedTuple
 
 PROVIDER = "RzSoCServiceUtils.dll"
-FILL = "a5"
 
 
 class Settings:
@@ -29,12 +28,6 @@ class Settings:
     @classmethod
     def is_windows(cls):
         return cls.client.suffix == ".exe"
-
-    @classmethod
-    def is_arm64(cls):
-        image = cls.library.read_bytes()
-        header = int.from_bytes(image[0x3C:0x40], "little")
-        return cls.is_windows() and image[header : header + 6] == b"PE\0\0\x64\xaa"
 
     @classmethod
     def product(cls):
@@ -53,10 +46,7 @@ class Result(NamedTuple):
 
 def parse_result(line):
     status, size, written, *remarks = line.split()
-    shown = [] if written == "-" else [written[i : i + 2] for i in range(0, len(written), 2)]
-    while shown and shown[-1] == FILL:
-        shown.pop()
-    return Result(int(status), int(size), "".join(shown), tuple(remarks))
+    return Result(int(status), int(size), written.strip("-"), tuple(remarks))
 
 
 class Outcome(NamedTuple):
@@ -73,17 +63,9 @@ def number(value, size=8):
     return value.to_bytes(size, "little", signed=value < 0).hex()
 
 
-def tables_of(machine):
-    """The files of a scenario that show it the tables of an example machine, by its folder."""
-    return {f"firmware/{signature}": (machine / name).read_bytes()
-            for signature in ("FACP", "PPTT")
-            for name in (f"{signature.lower()}.dat", signature)  # made from a source, or captured
-            if (machine / name).exists()}
-
-
 def table_wrapper():
-    """The command to start a client with that is to see the tables of its scenario. On Windows the
-    client sees to it, and on Linux it needs a mount namespace, without which the test is skipped.
+    """The command that starts a client which sees the tables in its folder. On Windows the client
+    itself does that. On Linux it needs a mount namespace, without which the test is skipped.
     """
     # A tmpfs replaces the whole tree, since the folder may not exist here.
     show = "mount -t tmpfs none /sys && mkdir -p /sys/firmware/acpi/tables"
@@ -97,23 +79,27 @@ def table_wrapper():
     return [*namespace, show + use, "sh"]
 
 
-def run(commands, provider=None, script=(), extra=None, wrapper=()):
+def run(commands, provider=None, script=(), files=(), machine=None):
     """Runs the client with these commands and returns the outcome.
 
-    provider: the one in lib, as in `extra`. script: lines of provider.txt.
-    extra: further files, path to bytes or to a name in the providers' folder.
-    wrapper: a command to start the client's command with, for instance `table_wrapper()`.
+    provider: the one in lib, as in `files`. script: lines of provider.txt.
+    files: further ones, path to bytes or to a name in the providers' folder.
+    machine: an example machine, by its folder; the process sees its firmware tables.
     """
+    wrapper = table_wrapper() if machine else ()
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
         for name in ("lib", "app"):
             (root / name).mkdir()
         shutil.copy(Settings.library, root / "lib")
         shutil.copy(Settings.client, root / "app")
-        files = dict(extra or {})
+        files = dict(files)
         if provider is not None:
             files[f"lib/{PROVIDER}"] = provider
         files["provider.txt"] = "".join(line + "\n" for line in script).encode()
+        for path in machine.iterdir() if machine else ():
+            if path.suffix in {".dat", ""}:  # made from a source, or captured
+                files[f"firmware/{path.stem.upper()}"] = path.read_bytes()
         for name, content in files.items():
             path = root / name
             path.parent.mkdir(exist_ok=True)

@@ -7,7 +7,7 @@ import signal
 import unittest
 
 from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, NO_PROVIDER, ON_WINDOWS,
-                      OWN_FAULT, PROVIDER, RUNTIME_ERROR, THROWING, Tests)
+                      OWN_FAULT, PROVIDER, RUNTIME_ERROR, Tests)
 
 COUNTS, DOES_NOT_COUNT, BAD_INPUT = 0, 1, 2
 
@@ -21,8 +21,8 @@ class CheckProviderTest(Tests):
         return result.returncode, document, {(row["component"], row["key"]): row
                                              for row in document["keys"]}
 
-    def text(self, *script, library=PROVIDER, before=None):
-        return self.run_tool("check-provider", library, script=script, before=before)
+    def text(self, *script, before=None):
+        return self.run_tool("check-provider", PROVIDER, script=script, before=before)
 
     @unittest.skipUnless(os.environ["EXAMPLE_PROVIDER"], "built without the examples")
     def test_example_counts(self):
@@ -59,7 +59,7 @@ class CheckProviderTest(Tests):
     def test_library_that_stops_the_process_is_reported_with_the_step(self):
         of_this_system = [] if ON_WINDOWS else [
             ("2 17 signal 34 0 -", "DSP 17", "crash", 24),  # a signal without a description
-            ("2 17 tell 0 0 no JSON", "DSP 17", "crash", 24),
+            ("2 17 write 3 0 no JSON", "DSP 17", "crash", 24),
         ]
         for rule, at, how, rows_before in [
             ("2 17 abort 0 0 -", "DSP 17", "crash", 24),
@@ -84,17 +84,17 @@ class CheckProviderTest(Tests):
 
     def test_exception_fails_the_key_or_the_import_as_in_the_library(self):
         # The answer before it is larger than what is offered when the exception comes.
-        _, document, rows = self.check(THROWING, RUNTIME_ERROR, "2 2 reply 4 4000 -")
+        _, document, rows = self.check(PROVIDER, RUNTIME_ERROR, "2 2 reply 4 4000 -")
         self.assertEqual((document["exception"], len(rows)), (None, 56))
         self.assertEqual([rows["DSP", 3][name] for name in ("message", "status", "reported")],
                          ['it threw a std::runtime_error, "thrown by the provider"', None, 8])
-        status, document, rows = self.check(THROWING, OWN_FAULT)
+        status, document, rows = self.check(PROVIDER, OWN_FAULT)
         self.assertEqual((status, document["stopped"], document["exception"], len(rows)),
                          (DOES_NOT_COUNT, None, {"at": "DSP 3", "text": None}, 2))
-        self.assertIn("every query would fail with 25", self.text(OWN_FAULT, library=THROWING).stdout)
+        self.assertIn("every query would fail with 25", self.text(OWN_FAULT).stdout)
 
     def test_what_the_library_prints_or_answers_is_not_taken_for_the_report(self):
-        script = ['2 2 print 0 0 {"step": "exit"}', HOSTILE_NAME]
+        script = ['2 2 write 1 0 {"step": "exit"}', HOSTILE_NAME]
         status, document, rows = self.check(PROVIDER, *script)
         self.assertEqual((status, len(rows), document["stopped"]), (COUNTS, 56, None))
         self.assertEqual(rows["GPU", 4]["value"], HOSTILE_NAME_VALUE)

@@ -16,10 +16,9 @@ MACHINES = pathlib.Path(os.environ["MACHINES"])
 SCHEMA = MACHINES.parent.parent / "docs" / "soc-info.schema.json"
 PROVIDER = os.environ["PROVIDER"]
 NO_PROVIDER = os.environ["NO_PROVIDER"]
-# The one that throws, and lines of its script: an exception of its own type at DSP 3, and one of the
-# standard library, which fails the key.
-THROWING = pathlib.Path(PROVIDER).with_name("Throwing.dll")
-OWN_FAULT, RUNTIME_ERROR = ("2 3 except 2 0 -", "2 3 except 4 0 -")
+# Lines of its script: an exception of its own type at DSP 3, and one of the standard library, which
+# fails the key.
+OWN_FAULT, RUNTIME_ERROR = ("2 3 except 1 0 -", "2 3 except 3 0 -")
 # What the scripted provider answers where a terminal or a reader of the report could be misled.
 HOSTILE_NAME = "3 4 reply 0 7 1b5b33316dff00"
 HOSTILE_NAME_VALUE = "\x1b[31m\ufffd"

@@ -8,8 +8,8 @@ import tempfile
 import unittest
 
 from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, LIBRARY, MACHINES,
-                      NO_PROVIDER, ON_WINDOWS, OTHER_LIBRARY, OWN_FAULT, PROVIDER, SOC_INFO, THROWING,
-                      Tests, schema_faults)
+                      NO_PROVIDER, ON_WINDOWS, OTHER_LIBRARY, OWN_FAULT, PROVIDER, SOC_INFO, Tests,
+                      schema_faults)
 
 FACP = (MACHINES / "heron" / "facp.dat").read_bytes()
 PPTT = (MACHINES / "heron" / "pptt.dat").read_bytes()
@@ -121,6 +121,7 @@ class SocInfoTest(Tests):
         self.assertEqual(rows["GPU", 4]["value"], HOSTILE_NAME_VALUE)
         library = pathlib.PureWindowsPath(document["run"]["library"]["path"])
         self.assertEqual(library.parent.name, self.folder.name)
+        self.assertEqual(document["run"]["library"]["interface"], "0.1")
         text = self.run_tool(program=self.install(), script=script).stdout
         self.assertIn(HOSTILE_NAME_TEXT, text)
         self.assertIn("  0.1 ", text)
@@ -140,7 +141,7 @@ class SocInfoTest(Tests):
         for library, state, reason, *script in [
             (NO_PROVIDER, "rejected", "it lacks the export Soc_GetCapability"),
             (MACHINES / "rebuild", "notFound", "load library failed"),
-            (THROWING, "failed", "an exception ended the import", OWN_FAULT),
+            (PROVIDER, "failed", "an exception ended the import", OWN_FAULT),
         ]:
             with self.subTest(state):
                 document, rows = self.with_provider(library, *script)
