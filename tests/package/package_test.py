@@ -1,4 +1,4 @@
-"""The installed package, moved to another place and used by programs that know nothing of the build.
+"""The installed package in another place, used by programs that know nothing of the build.
 
 The example provider stands beside the library, since the chip of a development machine is unknown.
 """
