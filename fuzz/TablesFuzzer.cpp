@@ -73,7 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   try {
     const MachineTables tables = ReadDumps(dumps.Directory(), warnings);
     print(Identify(tables), WriteIdentification);
-    print(InspectTables(tables), WriteInspection);
+    print(Inspect(tables), WriteInspection);
   } catch (const InputError& error) {
     require(isText(error.what()));
   }

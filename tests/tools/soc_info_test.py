@@ -93,6 +93,7 @@ class SocInfoTest(Tests):
                          (capture / "identify.json").read_text())
         # Not even an empty one: whoever made it can put a link into it meanwhile.
         (self.folder / "empty").mkdir()
+        self.assertEqual(self.run_tool("capture", f"{self.folder}/slash/").returncode, 0)
         for directory in (capture, self.folder / "empty"):
             self.assert_refused(self.run_tool("capture", directory), "takes a new directory")
 
@@ -156,15 +157,37 @@ class SocInfoTest(Tests):
 
     def test_library_that_answers_otherwise_is_asked_and_contradicted(self):
         document = json.loads(self.run_tool("--json", "--library", OTHER_LIBRARY).stdout)
-        self.assertEqual(document["run"]["library"]["interface"], "9.9")
+        library = document["run"]["library"]
+        self.assertEqual((library["version"], library["interface"]), (None, "9.9"))
         self.assertEqual({row["value"] for row in document["capabilities"] if row["type"] == "u64"},
                          {9})
         first = document["disagreements"][0]
         self.assertEqual((first["capability"], first["library"]),
                          ("DSP 1", {"status": 0, "value": 9}))
         self.assertNotEqual(first["core"], first["library"])
-        self.assertIn("disagreement DSP 1: the library answers 9, soc-info expects ",
-                      self.run_tool("--library", OTHER_LIBRARY).stdout)
+        text = self.run_tool("--library", OTHER_LIBRARY).stdout
+        self.assertIn("disagreement DSP 1: the library answers 9, soc-info expects ", text)
+        malformed = {
+            "DSP 2": "Result buffer size mismatch",
+            "DSP 16": "not a list of u32",
+            "DSP 47": "not a list of string",
+            "DSP 48": "not a list of named u32",
+            "GPU 4": "missing null terminator",
+        }
+        self.assertEqual({difference["capability"]: difference["malformed"] for difference
+                          in document["disagreements"] if difference["malformed"]}, malformed)
+        for row in document["capabilities"]:
+            if f"{row['component']} {row['key']}" in malformed:
+                self.assertEqual((row["status"], row["value"], row["source"]), (0, None, None))
+        self.assertIn("DSP 16: the library's answer is malformed (not a list of u32), so", text)
+        self.assertIn("DSP         16  list of u32        malformed", text)
+
+    def test_library_version_is_that_of_its_file(self):
+        version = self.run_tool("--version").stdout.split()[-1]
+        arguments = ("--library", LIBRARY)
+        document = json.loads(self.run_tool("--json", *arguments).stdout)
+        self.assertEqual(document["run"]["library"]["version"], version)
+        self.assertIn(f'", version {version}, interface 0.', self.run_tool(*arguments).stdout)
 
     def test_missing_library_is_named(self):
         alone = shutil.copy(SOC_INFO, self.folder)

@@ -1,6 +1,7 @@
 #include "AskProvider.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <stdexcept>
@@ -36,7 +37,7 @@ void write(const Json& object) {
 
 void beginStep(const std::string& step) {
   stepEnd = Clock::now() + stepLimit;
-  write({{"step", step}});
+  write({{"stopped", {{"at", step}, {"how", "crash"}, {"detail", nullptr}}}});
 }
 
 /// A thread of its own. When a step is late it neither allocates nor locks: the provider may hang
@@ -45,14 +46,14 @@ void endLateStep() {
   while (Clock::now() < stepEnd.load()) {
     std::this_thread::sleep_until(stepEnd.load());
   }
-  constexpr std::string_view LINE = "{\"hung\":true}\n";
+  constexpr std::string_view LINE = "{\"stopped\":{\"how\":\"hang\"}}\n";
   (void)std::fwrite(LINE.data(), 1, LINE.size(), parent);
   EndAtOnce();
 }
 
 /// The calls made for one key, and what the latest of them did.
 struct Calls {
-  CapabilityKey key{};
+  CapabilityId id{};
   std::uint64_t count = 0;
   std::uint32_t status = 0;
   std::uint64_t offered = 0;   ///< The buffer's size in bytes.
@@ -64,10 +65,10 @@ Soc_GetCapabilityFn* provider = nullptr;
 
 std::uint32_t callAndRecord(std::uint64_t component, std::uint64_t key, void* buffer,
                             std::uint64_t* size) {
-  const CapabilityKey asked{static_cast<std::uint32_t>(component), static_cast<std::uint32_t>(key)};
-  if (asked != calls.key) {
-    calls = {.key = asked};
-    beginStep(KeyText(asked));
+  const CapabilityId asked{static_cast<std::uint32_t>(component), static_cast<std::uint32_t>(key)};
+  if (asked != calls.id) {
+    calls = {.id = asked};
+    beginStep(CapabilityName(asked));
   }
   ++calls.count;
   calls.offered = *size;
@@ -113,9 +114,9 @@ void import(ProviderLoader& loader) {
 
 }  // namespace
 
-void AskProvider(const std::string& file, std::chrono::nanoseconds limit) {
-  parent = OpenStreamToParent();
-  stepLimit = std::chrono::duration_cast<Clock::duration>(limit);
+void AskProvider(const std::string& file, double seconds, int descriptor) {
+  parent = OpenStreamToParent(descriptor);
+  stepLimit = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
   {
     ProviderLoader loader;
     beginStep("load");
@@ -131,7 +132,7 @@ void AskProvider(const std::string& file, std::chrono::nanoseconds limit) {
     if (rejection.empty()) {
       // The exception is the provider's: only its text may outlive the handler.
       const auto writeException = [](const Json& text) {
-        write({{"exception", {{"at", KeyText(calls.key)}, {"text", text}}}});
+        write({{"exception", {{"at", CapabilityName(calls.id)}, {"text", text}}}});
       };
       try {
         import(loader);

@@ -2,16 +2,14 @@
 /// chip, and unloads it.
 #pragma once
 
-#include <chrono>
 #include <string>
 
-/// Writes JSON objects to the parent, one a line. Together they have the fields that
-/// `CheckProvider` returns, except for these:
+/// Writes JSON objects to the parent, one a line. `loadError` says why the library could not be
+/// loaded, and is the last line. `asked` is one of `keys` in the document of `check-provider`. All
+/// others are merged into that document. `stopped` comes before each step, and is true unless the
+/// process survives it. The steps are "load", "DSP 1" and so on for every key, "unload" and "exit".
+/// A step that takes more than `seconds` ends the process.
 ///
-/// - `step`       the next step: "load", "DSP 1" and so on for every key, "unload", "exit"
-/// - `loadError`  why the library could not be loaded; the last line
-/// - `hung`       true: the step took longer than `limit`, and the process has ended itself
-/// - `asked`      one of `keys`
-///
-/// `file` is an absolute path. Throws `std::runtime_error` when the parent cannot be written to.
-void AskProvider(const std::string& file, std::chrono::nanoseconds limit);
+/// `file` is an absolute path, `descriptor` that of the parent's stream. Throws
+/// `std::runtime_error` when the parent cannot be written to.
+void AskProvider(const std::string& file, double seconds, int descriptor);

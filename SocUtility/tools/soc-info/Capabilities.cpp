@@ -5,9 +5,6 @@
 #include <charconv>
 #include <cmath>
 
-#include "DynamicSocInfo/capabilities/KeyTable.h"
-#include "DynamicSocInfo/capabilities/SerializedCapability.h"
-
 namespace {
 
 constexpr std::string_view typeName(const std::int32_t&) { return "i32"; }
@@ -53,46 +50,26 @@ Json toValue(const std::map<std::uint32_t, T>& list) {
   return values;
 }
 
-template <class Record>
-void addCapabilities(std::vector<Capability>& capabilities, const Record& entry) {
-  for (std::uint32_t key = 0; key < KeyTable<Record>::FIELDS.size(); ++key) {
-    visitField<Record>(
-        key,
-        [&]<class T>(T Record::*field) {
-          capabilities.push_back(
-              {{KeyTable<Record>::COMPONENT, key}, typeName(entry.*field), toValue(entry.*field)});
-        },
-        [] {});
-  }
-}
-
 }  // namespace
 
 std::vector<Capability> CapabilitiesOf(const SocInfo& record) {
   std::vector<Capability> capabilities;
-  addCapabilities(capabilities, record.dsps.front());
-  addCapabilities(capabilities, record.gpus.front());
-  addCapabilities(capabilities, record.cpu);
+  VisitCapabilities(record, [&](const CapabilityId& id, const auto& /*entry*/, const auto& field) {
+    capabilities.push_back({id, typeName(field), toValue(field), &field});
+  });
   return capabilities;
 }
 
-Capability CapabilityOf(const SocInfo& record, const CapabilityKey& id) {
+Capability CapabilityOf(const SocInfo& record, const CapabilityId& id) {
   const std::vector<Capability> all = CapabilitiesOf(record);
   return *std::ranges::find(all, id, &Capability::id);
 }
 
 std::string_view ComponentName(std::uint32_t component) {
-  switch (component) {
-    case DSP:
-      return "DSP";
-    case GPU:
-      return "GPU";
-    default:
-      return "CPU";
-  }
+  return component == DSP ? "DSP" : component == GPU ? "GPU" : "CPU";
 }
 
-std::string KeyText(const CapabilityKey& id) {
+std::string CapabilityName(const CapabilityId& id) {
   return std::string(ComponentName(id.component)) + ' ' + std::to_string(id.key);
 }
 

@@ -1,9 +1,7 @@
 #include "CheckProvider.h"
 
-#include <iomanip>
 #include <ostream>
 #include <sstream>
-#include <system_error>
 
 #include "Capabilities.h"
 #include "ChildProcess.h"
@@ -16,50 +14,35 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void requireFile(const fs::path& file) {
-  std::error_code error;
-  const bool isFile = fs::is_regular_file(file, error);
-  if (error) {
-    throw InputError(file, error.message());
-  }
-  if (!isFile) {
-    throw InputError(file, "not a regular file");
-  }
-}
-
-/// Moves the fields of a line to the document, and its key to the document's keys.
-void addLine(Json& check, std::string& step, const Json& line) {
-  for (const auto& [name, value] : line.items()) {
-    if (name == "step") {
-      step = value;
-    } else if (name == "loadError") {
-      throw InputError(fs::path(Text(check.at("file"))), Text(value));
-    } else if (name == "hung") {
-      check["stopped"] = {{"at", step}, {"how", "hang"}, {"detail", nullptr}};
-    } else if (name == "asked") {
-      check["keys"].push_back(value);
+/// Adds the child's lines to the document (see `AskProvider`).
+void addLines(Json& check, const std::string& output) {
+  std::istringstream lines(output);
+  for (std::string text; std::getline(lines, text);) {
+    const Json line = Json::parse(text);
+    if (line.contains("loadError")) {
+      throw InputError(fs::path(Text(check.at("file"))), Text(line.at("loadError")));
+    }
+    if (line.contains("asked")) {
+      check["keys"].push_back(line.at("asked"));
     } else {
-      check[name] = value;
+      constexpr bool MERGE_OBJECTS = true;
+      check.update(line, MERGE_OBJECTS);
     }
   }
 }
 
 void addChildResult(Json& check, const ChildResult& child) {
-  std::istringstream lines(child.output);
-  std::string step;
   std::string crash = child.failure;
   try {
-    for (std::string line; std::getline(lines, line);) {
-      addLine(check, step, Json::parse(line));
-    }
+    addLines(check, child.output);
   } catch (const Json::exception&) {
     crash = "it wrote to a descriptor that is not its own";
   }
-  if (crash.empty() && step != "exit" && check.at("stopped").is_null()) {
-    crash = "exit status 0";  // the library ended the process
-  }
-  if (!crash.empty()) {
-    check["stopped"] = {{"at", step}, {"how", "crash"}, {"detail", crash}};
+  Json& stopped = check["stopped"];
+  if (crash.empty() && stopped.at("at") == "exit") {
+    stopped = nullptr;
+  } else if (stopped.at("how") == "crash") {
+    stopped["detail"] = crash.empty() ? "exit status 0" : crash;  // the library ended the process
   }
 }
 
@@ -82,15 +65,9 @@ std::string_view statusText(const Json& status) {
   if (status.is_null()) {
     return "not all keys were asked";
   }
-  switch (status.get<ImportStatus>()) {
-    case MISSING_REQUIRED:
-      return "-2: required keys missing";
-    case MISSING_OPTIONAL:
-      return "1: optional keys missing";
-    case IMPORTED_ALL:
-      break;
-  }
-  return "0: every key answered";
+  return status == MISSING_REQUIRED   ? "-2: required keys missing"
+         : status == MISSING_OPTIONAL ? "1: optional keys missing"
+                                      : "0: every key answered";
 }
 
 std::string answerText(const Json& row) {
@@ -105,16 +82,12 @@ std::string answerText(const Json& row) {
 }
 
 void writeKeys(std::ostream& out, const Json& keys) {
-  const auto writeRow = [&](std::string_view component, std::string_view key, std::string_view need,
-                            std::string_view answer) {
-    out << std::left << std::setw(11) << component << std::right << std::setw(3) << key << "  "
-        << std::left << std::setw(10) << need << answer << '\n';
-  };
-  writeRow("component", "key", "need", "answer");
+  std::vector<std::vector<std::string>> rows = {{"component", "key", "need", "answer"}};
   for (const Json& row : keys) {
-    writeRow(Text(row.at("component")), Text(row.at("key")),
-             row.at("required").get<bool>() ? "required" : "optional", answerText(row));
+    rows.push_back({Text(row.at("component")), Text(row.at("key")),
+                    row.at("required") == true ? "required" : "optional", answerText(row)});
   }
+  WriteTable(out, rows);
 }
 
 std::string_view verdictText(const Json& check) {
@@ -131,7 +104,7 @@ std::string_view verdictText(const Json& check) {
 }  // namespace
 
 Json CheckProvider(const fs::path& file, double seconds) {
-  requireFile(file);
+  RequireRegularFile(file);
   Json check = {{"schemaVersion", SCHEMA_VERSION},
                 {"command", "check-provider"},
                 {"run", RunInfo()},
@@ -139,7 +112,7 @@ Json CheckProvider(const fs::path& file, double seconds) {
                 {"nameLookedFor", file.filename() == SERVICE_UTILS_LIBRARY},
                 {"accepted", nullptr},
                 {"reason", nullptr},
-                {"stopped", nullptr},
+                {"stopped", {{"at", "load"}, {"how", "crash"}, {"detail", nullptr}}},
                 {"exception", nullptr},
                 {"statuses", nullptr},
                 {"importCounts", nullptr},
@@ -153,7 +126,8 @@ Json CheckProvider(const fs::path& file, double seconds) {
 void WriteCheck(std::ostream& out, const Json& check) {
   WriteLine(out, "file", Quoted(Text(check.at("file"))));
   if (!check.at("nameLookedFor").get<bool>()) {
-    WriteLine(out, "note", "found by the library only under the name RzSoCServiceUtils.dll");
+    WriteLine(out, "note",
+              "found by the library only under the name " + std::string(SERVICE_UTILS_LIBRARY));
   }
   WriteRunInfo(out, check);
   if (const Json& keys = check.at("keys"); !keys.empty()) {

@@ -15,9 +15,10 @@ struct ChildResult {
 /// path, `seconds` a number. Throws `std::system_error`.
 ChildResult RunAskProvider(const std::string& file, const std::string& seconds);
 
-/// The child's side: the pipe to the parent, unbuffered. What the process writes to its standard
-/// output from then on goes to its standard error. Throws `std::system_error`.
-std::FILE* OpenStreamToParent();
+/// The child's side: the stream to the parent, unbuffered, for the descriptor that is the command's
+/// last argument. What the process writes to its standard output from then on goes to its standard
+/// error. Throws `std::system_error`.
+std::FILE* OpenStreamToParent(int descriptor);
 
 /// Ends the process with exit status 0, even if other threads run or hold locks.
 [[noreturn]] void EndAtOnce();

@@ -76,13 +76,13 @@ std::string ppttFinding(const Json& document) {
 
 }  // namespace
 
-Json Identify(const MachineTables& tables) {
+Json Identify(const MachineTables& tables, const Json& run) {
   const Identification steps = IdentifyFromTables([&](std::uint32_t tableId) {
     return TableBytes(tableId == FADT_ID ? tables.fadt : tables.pptt);
   });
   Json document = {{"schemaVersion", SCHEMA_VERSION},
                    {"command", "identify"},
-                   {"run", nullptr},
+                   {"run", run},
                    {"fadt",
                     {{"read", steps.fadtRead},
                      {"accessDenied", tables.accessDenied},

@@ -1,7 +1,7 @@
 #include "Inspect.h"
 
 #include <algorithm>
-#include <iomanip>
+#include <iterator>
 #include <ostream>
 
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
@@ -11,11 +11,32 @@
 
 namespace {
 
-/// Whether a query must answer `FAILURE` after the provider attempt that ended in this state.
-bool isToFail(std::string_view state, std::string_view type) {
-  const bool isScalar = !type.starts_with("list");
-  return state == "failed" ||
-         (isScalar && (state == "notFound" || state == "rejected" || state == "incomplete"));
+/// What follows from the state of a provider attempt (see `ProviderReport`).
+struct AttemptOutcome {
+  std::string_view state;
+  const char* answersFrom;  ///< Null when every query fails.
+  bool scalarsFail;         ///< After the call that made the attempt.
+  // For people; empty where the text depends on more than the state.
+  std::string_view answersText = {};
+  std::string_view providerText = {};
+};
+
+constexpr std::string_view UNKNOWN_ROW_TEXT = "unknown row";
+constexpr AttemptOutcome OUTCOMES[] = {
+    {"notNeeded", "catalogue", false},
+    {"notAsked", "unknownRow", false, UNKNOWN_ROW_TEXT,
+     "not asked: the tables are another machine's"},
+    {"notFound", "unknownRow", true, UNKNOWN_ROW_TEXT, "not found: "},
+    {"rejected", "unknownRow", true, UNKNOWN_ROW_TEXT, "found but rejected: "},
+    {"incomplete", "unknownRow", true, "unknown row, with what the provider did answer",
+     "found but required keys missing: "},
+    {"failed", nullptr, true, "none: every query fails", "found but failing: "},
+    {"imported", "provider", false, "provider, over the unknown row"},
+};
+
+const AttemptOutcome& outcomeOf(const Json& provider) {
+  return *std::ranges::find(OUTCOMES, provider.at("state").get<std::string>(),
+                            &AttemptOutcome::state);
 }
 
 Json chipOf(const SocInfo& record, const Json& identification) {
@@ -24,66 +45,22 @@ Json chipOf(const SocInfo& record, const Json& identification) {
           {"known", record.isKnownChip}, {"reason", identification.at("reason")}};
 }
 
-Json answersFrom(const SocInfo& record, std::string_view state) {
-  if (record.isKnownChip) {
-    return "catalogue";
+/// Puts the library's answer into the capability's row, which has the core's value. Notes where the
+/// two differ.
+void addAnswer(const LibraryAnswer& answer, const Capability& capability, bool mustFail, Json& row,
+               Json& disagreements) {
+  const Json received = {{"status", answer.status}, {"value", answer.value}};
+  const Json expected = {{"status", mustFail ? FAILURE : SUCCESS},
+                         {"value", mustFail ? Json(nullptr) : capability.value}};
+  row.update(received);
+  if (answer.value.is_null()) {
+    row["source"] = nullptr;
   }
-  if (state == "failed") {
-    return nullptr;
-  }
-  return state == "imported" ? "provider" : "unknownRow";
-}
-
-/// The document without what a library answers.
-Json inspect(const Json& identification, const SocInfo& record, const ProviderReport& provider) {
-  const std::string state = provider.document.at("state");
-  Json document = {{"schemaVersion", SCHEMA_VERSION},
-                   {"command", "soc-info"},
-                   {"run", nullptr},
-                   {"chip", chipOf(record, identification)},
-                   {"answersFrom", answersFrom(record, state)},
-                   {"provider", provider.document},
-                   {"scalarQueriesFail", isToFail(state, "")},
-                   {"disagreements", Json::array()},
-                   {"capabilities", Json::array()}};
-  if (state == "notAsked") {
-    document["scalarQueriesFail"] = nullptr;
-  }
-  for (const Capability& capability : CapabilitiesOf(record)) {
-    const std::string_view source = record.isKnownChip                          ? "catalogue"
-                                    : provider.answered.contains(capability.id) ? "provider"
-                                                                                : "default";
-    document["capabilities"].push_back({{"component", ComponentName(capability.id.component)},
-                                        {"key", capability.id.key},
-                                        {"type", capability.type},
-                                        {"status", nullptr},
-                                        {"value", capability.value},
-                                        {"source", source}});
-  }
-  return document;
-}
-
-/// Puts the library's answers into the document, and notes where they differ from the core's.
-void askLibrary(const InstalledLibrary& library, const SocInfo& record, Json& document) {
-  const std::string state = document.at("provider").at("state");
-  const std::vector<Capability> capabilities = CapabilitiesOf(record);
-  // On an unknown chip a first answer is no sign of the later ones.
-  library.Ask(capabilities.front().id);
-  for (std::size_t i = 0; i < capabilities.size(); ++i) {
-    const auto& [id, type, value] = capabilities[i];
-    const bool fails = isToFail(state, type);
-    const Json expected = {{"status", fails ? FAILURE : SUCCESS},
-                           {"value", fails ? Json(nullptr) : value}};
-    const Json answer = library.Ask(id);
-    Json& row = document["capabilities"][i];
-    row.update(answer);
-    if (answer.at("status") != SUCCESS) {
-      row["source"] = nullptr;
-    }
-    if (answer != expected) {
-      document["disagreements"].push_back(
-          {{"capability", KeyText(id)}, {"library", answer}, {"core", expected}});
-    }
+  if (received != expected) {
+    disagreements.push_back({{"capability", CapabilityName(capability.id)},
+                             {"library", received},
+                             {"core", expected},
+                             {"malformed", answer.malformed}});
   }
 }
 
@@ -110,20 +87,6 @@ std::string identifierText(const Json& chip) {
          (chip.at("known") == true ? "" : ", for which the catalogue has no row");
 }
 
-std::string answersText(const Json& document) {
-  if (document.at("chip").at("known") == true) {
-    return "catalogue row " + Text(document.at("chip").at("model")) + "; no provider is consulted";
-  }
-  const Json& state = document.at("provider").at("state");
-  if (state == "failed") {
-    return "none: every query fails";
-  }
-  if (state == "incomplete") {
-    return "unknown row, with what the provider did answer";
-  }
-  return state == "imported" ? "provider, over the unknown row" : "unknown row";
-}
-
 void writeLookedFor(std::ostream& out, const Json& names) {
   const char* verb = "looked for ";
   for (const Json& name : names) {
@@ -134,23 +97,20 @@ void writeLookedFor(std::ostream& out, const Json& names) {
 }
 
 void writeProvider(std::ostream& out, const Json& provider) {
-  const std::string state = provider.at("state");
-  const std::string library = Compact(provider.at("library"));
-  if (state == "notAsked") {
-    WriteLine(out, "provider", "not asked: the tables are another machine's");
-  } else if (state == "imported") {
-    WriteLine(out, "provider", library);
-  } else if (state == "notFound") {
-    WriteLine(out, "provider", "not found: " + Text(provider.at("reason")));
-    writeLookedFor(out, provider.at("lookedFor"));
-  } else if (state != "notNeeded") {
-    WriteLine(out, "provider",
-              state == "rejected" ? "found but rejected: " + Text(provider.at("reason"))
-              : state == "incomplete"
-                  ? "found but required keys missing: " + joined(provider.at("missing"))
-                  : "found but failing: " + Text(provider.at("reason")));
-    provider.at("library").is_null() ? writeLookedFor(out, provider.at("lookedFor"))
-                                     : WriteLine(out, "", library);
+  const AttemptOutcome& outcome = outcomeOf(provider);
+  const Json& library = provider.at("library");
+  if (outcome.state == "imported") {
+    WriteLine(out, "provider", Compact(library));
+  }
+  if (outcome.providerText.empty()) {
+    return;
+  }
+  const std::string detail =
+      outcome.state == "incomplete" ? joined(provider.at("missing")) : Text(provider.at("reason"));
+  WriteLine(out, "provider", std::string(outcome.providerText) + detail);
+  library.is_null() ? writeLookedFor(out, provider.at("lookedFor"))
+                    : WriteLine(out, "", Compact(library));
+  if (outcome.providerText.starts_with("found")) {
     WriteLine(out, "", "soc-info check-provider FILE shows what such a library answers");
   }
 }
@@ -167,62 +127,85 @@ void writeNotes(std::ostream& out, const Json& document) {
                                           : "status " + Text(answer.at("status"));
   };
   for (const Json& difference : document.at("disagreements")) {
+    const Json& malformed = difference.at("malformed");
     WriteLine(out, "disagreement",
-              Text(difference.at("capability")) + ": the library answers " +
-                  answerText(difference.at("library")) + ", soc-info expects " +
-                  answerText(difference.at("core")));
+              Text(difference.at("capability")) + ": the library" +
+                  (malformed.is_null() ? " answers " + answerText(difference.at("library"))
+                                       : "'s answer is malformed (" + Text(malformed) + ')') +
+                  ", soc-info expects " + answerText(difference.at("core")));
   }
 }
 
-void writeTable(std::ostream& out, const Json& rows) {
-  // A longer value pushes its own source aside, not everyone's.
-  constexpr std::size_t WIDEST = 32;
-  const auto valueText = [](const Json& row) {
-    return row.at("source").is_null() ? "status " + Text(row.at("status")) : ValueText(row);
-  };
-  std::size_t width = 0;
-  for (const Json& row : rows) {
-    width = std::max(width, std::min(valueText(row).size(), WIDEST));
+/// The value of a capability's row, or why it has none.
+std::string rowText(const Json& row) {
+  if (!row.at("value").is_null()) {
+    return ValueText(row);
   }
-  const auto writeRow = [&](std::string_view component, std::string_view key, std::string_view type,
-                            std::string_view value, std::string_view source) {
-    out << std::left << std::setw(11) << component << std::right << std::setw(3) << key << "  "
-        << std::left << std::setw(19) << type << std::setw(static_cast<int>(width)) << value << "  "
-        << source << '\n';
-  };
-  writeRow("component", "key", "type", "value", "source");
-  for (const Json& row : rows) {
-    writeRow(Text(row.at("component")), Text(row.at("key")), Text(row.at("type")), valueText(row),
-             row.at("source").is_null() ? "" : Text(row.at("source")));
-  }
+  return row.at("status") == SUCCESS ? "malformed" : "status " + Text(row.at("status"));
 }
 
 }  // namespace
 
-Json InspectThisMachine(const InstalledLibrary& library) {
-  const Json identification = Identify(ReadThisMachine());
+Json Inspect(const MachineTables& tables, InstalledLibrary* library) {
+  const Json identification = Identify(tables);
   SocInfo record = BuildChipRecord(identification.at("chipId"));
-  const ProviderReport provider =
-      record.isKnownChip ? NoAttempt("notNeeded") : AttemptProvider(record, library.Directory());
-  Json document = inspect(identification, record, provider);
-  document["run"] = RunInfo(&library);
-  askLibrary(library, record, document);
+  const ProviderReport provider = record.isKnownChip ? NoAttempt("notNeeded")
+                                  : library == nullptr
+                                      ? NoAttempt("notAsked")
+                                      : AttemptProvider(record, library->Directory());
+  const AttemptOutcome& outcome = outcomeOf(provider.document);
+  const bool listsFail = outcome.answersFrom == nullptr;
+  Json document = {{"schemaVersion", SCHEMA_VERSION},
+                   {"command", "soc-info"},
+                   {"run", library == nullptr ? Json(nullptr) : RunInfo(library->Description())},
+                   {"chip", chipOf(record, identification)},
+                   {"answersFrom", listsFail ? Json(nullptr) : Json(outcome.answersFrom)},
+                   {"provider", provider.document},
+                   {"scalarQueriesFail", outcome.scalarsFail},
+                   {"disagreements", Json::array()},
+                   {"capabilities", Json::array()}};
+  if (outcome.state == "notAsked") {
+    document["scalarQueriesFail"] = nullptr;
+  }
+  std::vector<LibraryAnswer> answers;
+  if (library != nullptr) {
+    answers = library->AskEveryCapability();
+  }
+  for (std::size_t i = 0; const Capability& capability : CapabilitiesOf(record)) {
+    const std::string_view source = record.isKnownChip                             ? "catalogue"
+                                    : provider.answered.contains(capability.field) ? "provider"
+                                                                                   : "default";
+    Json row = {{"component", ComponentName(capability.id.component)},
+                {"key", capability.id.key},
+                {"type", capability.type},
+                {"status", nullptr},
+                {"value", capability.value},
+                {"source", source}};
+    if (library != nullptr) {
+      const bool mustFail = capability.type.starts_with("list") ? listsFail : outcome.scalarsFail;
+      addAnswer(answers[i++], capability, mustFail, row, document["disagreements"]);
+    }
+    document["capabilities"].push_back(row);
+  }
   return document;
 }
 
-Json InspectTables(const MachineTables& tables) {
-  const Json identification = Identify(tables);
-  const SocInfo record = BuildChipRecord(identification.at("chipId"));
-  return inspect(identification, record, NoAttempt(record.isKnownChip ? "notNeeded" : "notAsked"));
-}
-
 void WriteInspection(std::ostream& out, const Json& document) {
-  WriteLine(out, "chip", chipText(document.at("chip")));
-  WriteLine(out, "identifier", identifierText(document.at("chip")));
-  WriteLine(out, "answers", answersText(document));
+  const Json& chip = document.at("chip");
+  WriteLine(out, "chip", chipText(chip));
+  WriteLine(out, "identifier", identifierText(chip));
+  WriteLine(out, "answers",
+            chip.at("known") == true
+                ? "catalogue row " + Text(chip.at("model")) + "; no provider is consulted"
+                : outcomeOf(document.at("provider")).answersText);
   writeProvider(out, document.at("provider"));
   writeNotes(out, document);
   WriteRunInfo(out, document);
   out << '\n';
-  writeTable(out, document.at("capabilities"));
+  std::vector<std::vector<std::string>> rows = {{"component", "key", "type", "value", "source"}};
+  for (const Json& row : document.at("capabilities")) {
+    rows.push_back({Text(row.at("component")), Text(row.at("key")), Text(row.at("type")),
+                    rowText(row), Text(row.at("source"))});
+  }
+  WriteTable(out, rows);
 }

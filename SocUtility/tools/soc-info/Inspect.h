@@ -7,12 +7,10 @@
 #include "MachineTables.h"
 #include "Output.h"
 
-/// Asks the library every key and returns the document. Reasons come from the core, which
-/// identifies this machine and makes the library's provider attempt once more.
-Json InspectThisMachine(const InstalledLibrary& library);
-
-/// The document of the machine that the tables came from, from the core, without a library.
-Json InspectTables(const MachineTables& tables);
+/// Asks the library of this machine every key and returns the document. Reasons come from the core,
+/// which makes the library's provider attempt once more. Without a library the tables can be of
+/// another machine, and the document is the core's alone.
+Json Inspect(const MachineTables& tables, InstalledLibrary* library = nullptr);
 
 /// For people: the chip, the provider, and a table of every capability.
 void WriteInspection(std::ostream& out, const Json& document);

@@ -3,16 +3,17 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
-#include <utility>
 #include <vector>
 
-#include "DynamicSocInfo/capabilities/KeyTable.h"
-#include "DynamicSocInfo/capabilities/SerializedCapability.h"
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
-#include "DynamicSocInfo/chip/ChipIdentification.h"
+#include "DynamicSocInfo/chip/ChipData.h"
+#include "DynamicSocInfo/import/KeyImport.h"
 #include "DynamicSocInfo/import/ProviderCalls.h"
+#include "DynamicSocInfo/import/SystemInfoImport.h"
 #include "DynamicSocInfo/provider/DynamicLibrary.h"
 #include "ProviderReport.h"
+#include "RunInfo.h"
+#include "platform/WindowsApi.h"
 
 namespace fs = std::filesystem;
 
@@ -33,86 +34,96 @@ std::string findLibrary() {
                    Quoted(inPackage.generic_string()) + "; name one with --library FILE");
 }
 
-/// Stores an answer of `size` bytes.
-template <class T>
-void store(const std::vector<std::uint8_t>& buffer, std::uint64_t size, T& field) {
-  if constexpr (IS_LIST<T>) {
-    T* const target = &field;
-    deserialize<T>(buffer.data(), std::min<std::uint64_t>(size, buffer.size()), {&target, 1});
-  } else if constexpr (std::is_same_v<T, std::string>) {
-    field = {buffer.begin(), std::ranges::find(buffer, '\0')};
-  } else if constexpr (std::is_same_v<T, bool>) {
-    field = buffer.front() != 0;
-  } else {
-    std::memcpy(&field, buffer.data(), sizeof field);
+/// The version of the package that a library belongs to; null when its file does not have one.
+#ifdef _WIN32
+Json packageVersion(void* library, const std::string& /*path*/) {
+  auto* const module = static_cast<HMODULE>(library);
+  const HRSRC resource = FindResourceA(module, MAKEINTRESOURCEA(VS_VERSION_INFO), RT_VERSION);
+  constexpr DWORD HEADER_SIZE =
+      40;  // two lengths, a type, the wide name "VS_VERSION_INFO", padding
+  VS_FIXEDFILEINFO info{};
+  if (resource == nullptr || SizeofResource(module, resource) < HEADER_SIZE + sizeof info) {
+    return nullptr;
   }
+  const void* const bytes = LockResource(LoadResource(module, resource));
+  std::memcpy(&info, static_cast<const char*>(bytes) + HEADER_SIZE, sizeof info);
+  return std::to_string(HIWORD(info.dwProductVersionMS)) + '.' +
+         std::to_string(LOWORD(info.dwProductVersionMS)) + '.' +
+         std::to_string(HIWORD(info.dwProductVersionLS));
 }
-
-/// Asks for a key and stores the answer in its field of `entry`. Returns the status.
-template <class Record>
-std::uint32_t ask(Soc_GetCapabilityFn* scalar, Soc_GetCapabilityFn* serialized, std::uint32_t key,
-                  Record& entry) {
-  return visitField<Record>(
-      key,
-      [&]<class T>(T Record::*field) -> std::uint32_t {
-        Soc_GetCapabilityFn* const query = IS_LIST<T> ? serialized : scalar;
-        std::vector<std::uint8_t> buffer(4096);
-        std::uint64_t size = buffer.size();
-        std::uint32_t status = query(KeyTable<Record>::COMPONENT, key, buffer.data(), &size);
-        if (status == INSUFFICIENT_SIZE && ResizeToReported(buffer, size)) {
-          status = query(KeyTable<Record>::COMPONENT, key, buffer.data(), &size);
-        }
-        if (status == SUCCESS) {
-          store(buffer, size, entry.*field);
-        }
-        return status;
-      },
-      [] { return std::uint32_t{UNSUPPORTED_KEY}; });
+#else
+Json packageVersion(void* /*library*/, const std::string& path) {
+  // Programs load a link. The name of the file behind it ends with the whole version.
+  constexpr std::string_view PREFIX = "libZynSystemInfo.so.";
+  std::error_code ignored;
+  const std::string file = fs::canonical(path, ignored).filename().string();
+  const std::string version = file.starts_with(PREFIX) ? file.substr(PREFIX.size()) : "";
+  const bool isWhole = std::ranges::count(version, '.') == 2 &&
+                       version.find_first_not_of("0123456789.") == std::string::npos;
+  return isWhole ? Json(version) : Json(nullptr);
 }
+#endif
 
 }  // namespace
 
 InstalledLibrary::InstalledLibrary(const std::string& file)
     : path_(file.empty() ? findLibrary() : fs::absolute(file).string()) {
-  void* const library = dlOpen(path_.c_str(), DL_NOW | DL_LOCAL);
-  if (library == nullptr) {
+  if (!library_.Load(path_, SYSTEM_INFO_LIBRARY)) {
     throw InputError(fs::path(path_), dlError());
   }
-  const auto bind = [&]<class Function>(const char* name, Function*& function) {
-    function = reinterpret_cast<Function*>(dlSym(library, name));
-    if (function == nullptr) {
-      throw InputError(fs::path(path_), std::string("it lacks the export ") + name);
-    }
-  };
-  bind("Soc_GetAPIVersion", getApiVersion_);
-  bind("Soc_GetCapability", getCapability_);
-  bind("Soc_GetCapabilitySerialized", getCapabilitySerialized_);
+  if (const std::string_view reason = WhyRejected(library_); !reason.empty()) {
+    throw InputError(fs::path(path_), std::string(reason));
+  }
   // Empty where the path is too long for the library too: then it does not search its own folder.
-  ownPath_ = ModulePath(reinterpret_cast<const void*>(getCapability_));
+  ownPath_ = ModulePath(reinterpret_cast<const void*>(library_.getApiVersion));
   if (!ownPath_.empty()) {
     path_ = ownPath_;
   }
+}
+
+Json InstalledLibrary::Description() const {
+  std::uint8_t major = 0;
+  std::uint8_t minor = 0;
+  library_.getApiVersion(&major, &minor);
+  return {{"version", packageVersion(library_.handle, path_)},
+          {"interface", std::to_string(major) + '.' + std::to_string(minor)},
+          {"path", path_}};
 }
 
 std::string InstalledLibrary::Directory() const {
   return ownPath_.empty() ? "" : fs::path(ownPath_).parent_path().generic_string() + '/';
 }
 
-std::string InstalledLibrary::InterfaceVersion() const {
-  std::uint8_t major = 0;
-  std::uint8_t minor = 0;
-  getApiVersion_(&major, &minor);
-  return std::to_string(major) + '.' + std::to_string(minor);
-}
-
-Json InstalledLibrary::Ask(const CapabilityKey& id) const {
+std::vector<LibraryAnswer> InstalledLibrary::AskEveryCapability() {
   SocInfo record = BuildChipRecord(NO_CHIP_ID);
-  const auto askFor = [&](auto& entry) {
-    return ask(getCapability_, getCapabilitySerialized_, id.key, entry);
+  std::vector<std::uint8_t> buffer;
+  const auto statusOf = [&](Soc_GetCapabilityFn* query, const CapabilityId& id) {
+    buffer.resize(4096);
+    std::uint64_t size = buffer.size();
+    return AskOnce(query, id.component, id.key, buffer.data(), &size);
   };
-  const std::uint32_t status = id.component == DSP   ? askFor(record.dsps.front())
-                               : id.component == GPU ? askFor(record.gpus.front())
-                                                     : askFor(record.cpu);
-  return {{"status", status},
-          {"value", status == SUCCESS ? CapabilityOf(record, id).value : Json(nullptr)}};
+  statusOf(library_.getCapability, {DSP, 1});
+  std::vector<LibraryAnswer> answers;
+  VisitCapabilities(record, [&]<class T>(const CapabilityId& id, auto& entry, T& field) {
+    const std::uint32_t status =
+        statusOf(IS_LIST<T> ? library_.getCapabilitySerialized : library_.getCapability, id);
+    answers.push_back({status, nullptr, nullptr});
+    if (status != SUCCESS && status != INSUFFICIENT_SIZE) {
+      return;
+    }
+    // The core's readers let the buffer grow and check the answer's form, but give no status.
+    std::string failure = "not a " + std::string(CapabilityOf(record, id).type);
+    bool isRead = false;
+    if constexpr (IS_LIST<T>) {
+      isRead = ImportSerializedList(library_, id.key, field, buffer);
+    } else {
+      isRead = TryImportKey(library_, id.key, entry, &failure);
+    }
+    if (isRead) {
+      answers.back() = {SUCCESS, CapabilityOf(record, id).value, nullptr};
+    } else {
+      answers.back().malformed = failure;
+    }
+  });
+  return answers;
 }

@@ -1,32 +1,38 @@
 /// The installed library, asked through its exports.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "Capabilities.h"
+#include "DynamicSocInfo/provider/ProviderLoader.h"
 #include "Output.h"
-#include "ZynSystemInfo.h"
 
-/// A library that stays loaded until the process ends.
+/// What a query returned.
+struct LibraryAnswer {
+  std::uint32_t status;
+  Json value;      ///< As in `Capability`; null unless the query succeeded.
+  Json malformed;  ///< Why the answer could not be read, a string; null when it could.
+};
+
 class InstalledLibrary {
  public:
   /// Loads `file`. An empty one means the library beside this program or, except on Windows, in the
   /// package's library folder. Throws `InputError`.
   explicit InstalledLibrary(const std::string& file);
 
-  const std::string& Path() const { return path_; }
+  /// `library` in the field `run` of a document.
+  Json Description() const;
   /// Where the library looks for a provider first, with a slash at the end. Empty where the library
   /// cannot learn its own path, and so does not look there.
   std::string Directory() const;
-  /// "0.1".
-  std::string InterfaceVersion() const;
-  /// The query's `status`, and the `value` as in `Capability`: null unless the status is 0.
-  Json Ask(const CapabilityKey& id) const;
+  /// Asks for everything, in the order of `CapabilitiesOf`. On an unknown chip a first answer is no
+  /// sign of the later ones, so these are later ones.
+  std::vector<LibraryAnswer> AskEveryCapability();
 
  private:
-  std::string path_;     ///< Shown to people.
-  std::string ownPath_;  ///< As the library learns it; empty where it is too long for it.
-  Soc_GetAPIVersionFn* getApiVersion_ = nullptr;
-  Soc_GetCapabilityFn* getCapability_ = nullptr;
-  Soc_GetCapabilitySerializedFn* getCapabilitySerialized_ = nullptr;
+  std::string path_;        ///< Shown to people.
+  std::string ownPath_;     ///< As the library learns it; empty where it is too long for it.
+  ProviderLoader library_;  ///< It has the exports of a system-info provider.
 };

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
-#include <optional>
+#include <initializer_list>
+#include <limits>
 #include <ostream>
 #include <string>
-#include <string_view>
 #include <system_error>
 
 #include "DynamicSocInfo/chip/AcpiTables.h"
@@ -19,34 +19,9 @@ namespace {
 
 constexpr std::uintmax_t LARGEST_DUMP = std::uintmax_t{16} << 20;
 
-struct DumpNames {
-  std::string_view signature;
-  std::string_view names[3];
-};
-constexpr DumpNames FADT_DUMP = {"FACP", {"FACP", "facp.dat", "FACP.dat"}};
-constexpr DumpNames PPTT_DUMP = {"PPTT", {"PPTT", "pptt.dat", "PPTT.dat"}};
-
-std::optional<fs::path> findDump(const fs::path& directory, const DumpNames& dump) {
-  for (const std::string_view name : dump.names) {
-    const fs::path path = directory / name;
-    std::error_code ignored;
-    // The link itself: one that leads nowhere is a broken dump, not a machine without the table.
-    if (fs::symlink_status(path, ignored).type() != fs::file_type::not_found) {
-      return path;
-    }
-  }
-  return std::nullopt;
-}
-
 std::vector<std::uint8_t> readFile(const fs::path& path) {
-  std::error_code error;
-  if (!fs::is_regular_file(path, error)) {
-    throw InputError(path, error ? error.message() : "not a regular file");
-  }
-  const std::uintmax_t size = fs::file_size(path, error);
-  if (error) {
-    throw InputError(path, error.message());
-  }
+  RequireRegularFile(path);
+  const std::uintmax_t size = fs::file_size(path);
   if (size == 0) {
     throw InputError(path, "empty");
   }
@@ -64,24 +39,53 @@ std::vector<std::uint8_t> readFile(const fs::path& path) {
   return bytes;
 }
 
-bool isCutShort(const std::vector<std::uint8_t>& table) {
-  const std::optional<std::uint32_t> claimed = ClaimedLength(table);
-  return !claimed || *claimed > table.size();
-}
-
-std::vector<std::uint8_t> readDump(const fs::path& path, std::string_view signature,
+/// The dump under the first of the names that is there; empty when none is. The first name is also
+/// the table's signature.
+std::vector<std::uint8_t> readDump(const fs::path& directory,
+                                   std::initializer_list<std::string_view> names,
                                    std::ostream& warnings) {
+  const auto* const name = std::ranges::find_if(names, [&](std::string_view candidate) {
+    std::error_code ignored;
+    // The link itself: one that leads nowhere is a broken dump, not a machine without the table.
+    return fs::symlink_status(directory / candidate, ignored).type() != fs::file_type::not_found;
+  });
+  if (name == names.end()) {
+    return {};
+  }
+  const fs::path path = directory / *name;
+  const std::string_view signature = *names.begin();
   std::vector<std::uint8_t> table = readFile(path);
   if (table.size() < signature.size() ||
       !std::equal(signature.begin(), signature.end(), table.begin())) {
     throw InputError(path, "no raw dump of the table " + std::string(signature) +
                                ", which begins with these letters");
   }
-  if (isCutShort(table)) {
+  constexpr auto UNSTATED = std::numeric_limits<std::uint32_t>::max();
+  if (ClaimedLength(table).value_or(UNSTATED) > table.size()) {
     warnings << "soc-info: warning: " << Quoted(path.generic_string()) << ": cut short, only "
              << table.size() << " bytes of the table\n";
   }
   return table;
+}
+
+/// Makes a directory that was not there: nobody else has put anything into it.
+void makeNewDirectory(const fs::path& directory) {
+  std::error_code error;
+  fs::create_directories(directory.parent_path(), error);  // if this fails, so does the next
+  if (!fs::create_directory(directory, error)) {
+    throw InputError(directory,
+                     error ? error.message() : "exists; a capture takes a new directory");
+  }
+}
+
+template <class Bytes>
+void writeFile(const fs::path& path, const Bytes& bytes) {
+  std::ofstream file(path, std::ios::binary);
+  file.write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+  if (!file.flush()) {
+    throw InputError(path, std::generic_category().message(errno));
+  }
 }
 
 }  // namespace
@@ -105,14 +109,23 @@ MachineTables ReadDumps(const fs::path& directory, std::ostream& warnings) {
   if (!fs::is_directory(directory, error)) {
     throw InputError(directory, error ? error.message() : "not a directory");
   }
-  const std::optional<fs::path> fadt = findDump(directory, FADT_DUMP);
-  if (!fadt) {
+  MachineTables tables;
+  tables.fadt = readDump(directory, {"FACP", "facp.dat", "FACP.dat"}, warnings);
+  if (tables.fadt.empty()) {
     throw InputError(directory, "holds no dump of the FADT (FACP or facp.dat)");
   }
-  MachineTables tables;
-  tables.fadt = readDump(*fadt, FADT_DUMP.signature, warnings);
-  if (const std::optional<fs::path> pptt = findDump(directory, PPTT_DUMP)) {
-    tables.pptt = readDump(*pptt, PPTT_DUMP.signature, warnings);
-  }
+  tables.pptt = readDump(directory, {"PPTT", "pptt.dat", "PPTT.dat"}, warnings);
   return tables;
+}
+
+void WriteDumps(fs::path directory, const MachineTables& tables, std::string_view identification) {
+  if (!directory.has_filename()) {
+    directory = directory.parent_path();  // without the slash at its end
+  }
+  makeNewDirectory(directory);
+  writeFile(directory / "FACP", tables.fadt);
+  if (!tables.pptt.empty()) {
+    writeFile(directory / "PPTT", tables.pptt);
+  }
+  writeFile(directory / "identify.json", identification);
 }

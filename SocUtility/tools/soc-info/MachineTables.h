@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <iosfwd>
+#include <string_view>
 #include <vector>
 
 /// The two tables that identify a chip; one that the machine lacks is empty.
@@ -23,3 +24,13 @@ MachineTables ReadThisMachine();
 /// A dump that is shorter than its header claims is accepted with a line to `warnings`, since
 /// firmware can deliver such a table.
 MachineTables ReadDumps(const std::filesystem::path& directory, std::ostream& warnings);
+
+/// Writes the dumps "FACP" and, unless the machine lacks it, "PPTT", and the file "identify.json".
+/// No other table: some hold licence keys.
+///
+/// \param directory      Must not exist. Older files in it could be of another machine, and a link
+///                       in it could make a program that runs as root write to any file.
+/// \param identification The document of `identify` that the two dumps reproduce.
+/// Throws `InputError` if the directory exists or a file cannot be written.
+void WriteDumps(std::filesystem::path directory, const MachineTables& tables,
+                std::string_view identification);

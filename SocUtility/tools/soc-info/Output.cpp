@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <ostream>
 #include <sstream>
@@ -7,6 +8,8 @@
 namespace {
 
 constexpr int LABEL_WIDTH = 13;
+constexpr std::size_t WIDEST_COLUMN = 32;
+constexpr std::size_t NUMBERS_COLUMN = 1;
 
 void writeLineByElement(std::ostream& out, const Json& array) {
   const char* separator = "[\n    ";
@@ -39,6 +42,9 @@ std::string Compact(const Json& value) {
 }
 
 std::string Text(const Json& value) {
+  if (value.is_null()) {
+    return {};
+  }
   return value.is_string() ? value.get<std::string>() : Compact(value);
 }
 
@@ -54,4 +60,27 @@ std::string Hex(std::uint64_t number, int digits) {
 
 void WriteLine(std::ostream& out, std::string_view label, std::string_view text) {
   out << std::left << std::setw(LABEL_WIDTH) << label << text << '\n';
+}
+
+void WriteTable(std::ostream& out, const std::vector<std::vector<std::string>>& rows) {
+  std::vector<std::size_t> widths(rows.front().size());
+  for (const std::vector<std::string>& row : rows) {
+    for (std::size_t column = 0; column < row.size(); ++column) {
+      widths[column] = std::max(widths[column], std::min(row[column].size(), WIDEST_COLUMN));
+    }
+  }
+  for (const std::vector<std::string>& row : rows) {
+    for (std::size_t column = 0; column + 1 < row.size(); ++column) {
+      out << (column == NUMBERS_COLUMN ? std::right : std::left)
+          << std::setw(static_cast<int>(widths[column])) << row[column] << "  ";
+    }
+    out << row.back() << '\n';
+  }
+}
+
+void RequireRegularFile(const std::filesystem::path& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) {
+    throw InputError(path, error ? error.message() : "not a regular file");
+  }
 }

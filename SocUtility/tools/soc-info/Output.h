@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Keeps fields in the order in which they were added, so that documents can be compared by line.
 using Json = nlohmann::ordered_json;
@@ -24,7 +25,7 @@ void WriteDocument(std::ostream& out, const Json& object);
 /// A value on one line.
 std::string Compact(const Json& value);
 
-/// A string as it is, any other value on one line.
+/// A string as it is, nothing for null, any other value on one line.
 std::string Text(const Json& value);
 
 /// Null for an empty text.
@@ -39,6 +40,10 @@ std::string Hex(std::uint64_t number, int digits);
 /// Writes a label and what it says, texts aligned; a continuation line has an empty label.
 void WriteLine(std::ostream& out, std::string_view label, std::string_view text);
 
+/// Writes rows of equally many cells, aligned by column; the second column has numbers. A cell of
+/// more than 32 characters pushes aside only the rest of its row.
+void WriteTable(std::ostream& out, const std::vector<std::vector<std::string>>& rows);
+
 /// The error for what the user gave: a file, a directory, a machine whose tables cannot be read.
 /// Ends the program with exit status 2 and its message on standard error.
 class InputError : public std::runtime_error {
@@ -49,3 +54,6 @@ class InputError : public std::runtime_error {
   InputError(const std::filesystem::path& path, const std::string& reason)
       : std::runtime_error(Quoted(path.generic_string()) + ": " + reason) {}
 };
+
+/// Throws `InputError` unless `path` is a regular file or a link to one.
+void RequireRegularFile(const std::filesystem::path& path);

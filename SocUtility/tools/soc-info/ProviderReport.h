@@ -5,7 +5,6 @@
 #include <string>
 #include <string_view>
 
-#include "Capabilities.h"
 #include "DynamicSocInfo/capabilities/SocInfo.h"
 #include "DynamicSocInfo/provider/ProviderLoader.h"
 #include "Output.h"
@@ -16,7 +15,7 @@ struct ProviderReport {
   /// export), "incomplete" (required keys are missing), "failed" (an exception ended the import) or
   /// "imported".
   Json document;
-  std::set<CapabilityKey> answered;  ///< Keys whose value is the provider's, aliases included.
+  std::set<const void*> answered;  ///< The record's fields whose value is the provider's.
 };
 
 /// Without an attempt: only a state.
@@ -26,8 +25,5 @@ ProviderReport NoAttempt(std::string_view state);
 /// provider's answers into the record, also when the import does not count.
 ProviderReport AttemptProvider(SocInfo& record, const std::string& directory);
 
-/// Why an import rejects a loaded service-utilities provider; empty if it accepts it.
-std::string_view WhyRejected(const ProviderLoader& provider);
-
-/// The path of the module that contains `address`, with forward slashes; empty when unknown.
-std::string ModulePath(const void* address);
+/// Why an import rejects a loaded library; empty if it accepts it.
+std::string_view WhyRejected(const ProviderLoader& library);

@@ -1,10 +1,11 @@
 #include "RunInfo.h"
 
+#include <algorithm>
 #include <array>
 #include <ctime>
 #include <ostream>
 
-#include "ProviderReport.h"
+#include "DynamicSocInfo/provider/DynamicLibrary.h"
 
 #ifdef _WIN32
 #include "platform/WindowsApi.h"
@@ -52,18 +53,14 @@ std::string timeNow() {
 
 }  // namespace
 
-Json RunInfo(const InstalledLibrary* library) {
-  Json run = {{"time", timeNow()},
-              {"system", systemName()},
-              {"architecture", ARCHITECTURE},
-              {"tool",
-               {{"version", SOC_INFO_VERSION},
-                {"path", ModulePath(reinterpret_cast<const void*>(&timeNow))}}},
-              {"library", nullptr}};
-  if (library != nullptr) {
-    run["library"] = {{"interface", library->InterfaceVersion()}, {"path", library->Path()}};
-  }
-  return run;
+Json RunInfo(const Json& library) {
+  return {{"time", timeNow()},
+          {"system", systemName()},
+          {"architecture", ARCHITECTURE},
+          {"tool",
+           {{"version", SOC_INFO_VERSION},
+            {"path", ModulePath(reinterpret_cast<const void*>(&timeNow))}}},
+          {"library", library}};
 }
 
 void WriteRunInfo(std::ostream& out, const Json& document) {
@@ -72,11 +69,21 @@ void WriteRunInfo(std::ostream& out, const Json& document) {
     return;
   }
   if (const Json& library = run.at("library"); !library.is_null()) {
+    const Json& version = library.at("version");
     WriteLine(out, "library",
-              Quoted(Text(library.at("path"))) + ", interface " + Text(library.at("interface")));
+              Quoted(Text(library.at("path"))) +
+                  (version.is_null() ? "" : ", version " + Text(version)) + ", interface " +
+                  Text(library.at("interface")));
   }
   const Json& tool = run.at("tool");
   WriteLine(out, "tool", Quoted(Text(tool.at("path"))) + ", version " + Text(tool.at("version")));
   WriteLine(out, "system", Text(run.at("system")) + ", " + Text(run.at("architecture")));
   WriteLine(out, "time", Text(run.at("time")));
+}
+
+std::string ModulePath(const void* address) {
+  std::string path;
+  dlModulePath(address, path);
+  std::ranges::replace(path, '\\', '/');
+  return path;
 }

@@ -1,13 +1,12 @@
 // soc-info: shows what the library answers on a machine, and why.
 #include <CLI/CLI.hpp>
-#include <chrono>
 #include <cmath>
 #include <exception>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 #include "AskProvider.h"
-#include "Capture.h"
 #include "CheckProvider.h"
 #include "Identify.h"
 #include "Inspect.h"
@@ -34,6 +33,7 @@ struct Arguments {
   std::string library;  ///< A file; empty for the installed one.
   std::string path;     ///< What `capture` makes, or what `check-provider` checks.
   double seconds = 10;
+  int descriptor = -1;  ///< What `ask-provider` writes to.
   bool json = false;
 };
 
@@ -54,18 +54,30 @@ void write(const Json& document, const Arguments& arguments,
 }
 
 void inspect(const Arguments& arguments) {
-  write(arguments.tables.empty() ? InspectThisMachine(InstalledLibrary(arguments.library))
-                                 : InspectTables(ReadDumps(arguments.tables, std::cerr)),
-        arguments, WriteInspection);
+  if (arguments.tables.empty()) {
+    InstalledLibrary library(arguments.library);
+    write(Inspect(ReadThisMachine(), &library), arguments, WriteInspection);
+  } else {
+    write(Inspect(ReadDumps(arguments.tables, std::cerr)), arguments, WriteInspection);
+  }
 }
 
 void identify(const Arguments& arguments) {
-  Json document = Identify(arguments.tables.empty() ? ReadThisMachine()
-                                                    : ReadDumps(arguments.tables, std::cerr));
-  if (arguments.tables.empty()) {
-    document["run"] = RunInfo();
+  write(arguments.tables.empty() ? Identify(ReadThisMachine(), RunInfo())
+                                 : Identify(ReadDumps(arguments.tables, std::cerr)),
+        arguments, WriteIdentification);
+}
+
+void capture(const Arguments& arguments) {
+  const MachineTables tables = ReadThisMachine();
+  const Json identification = Identify(tables);
+  if (tables.fadt.empty()) {
+    throw InputError("nothing to capture: " + Text(identification.at("reason")));
   }
-  write(document, arguments, WriteIdentification);
+  std::ostringstream document;
+  WriteDocument(document, identification);
+  WriteDumps(arguments.path, tables, document.str());
+  std::cout << "captured in " << Quoted(arguments.path) << '\n';
 }
 
 void checkProvider(const Arguments& arguments) {
@@ -99,10 +111,7 @@ void addCommands(CLI::App& app, Arguments& arguments) {
   command = app.add_subcommand("capture",
                                "Save this machine's FADT and PPTT, and the document of identify");
   command->add_option("DIR", arguments.path, "A new directory")->required();
-  command->callback([&] {
-    Capture(arguments.path);
-    std::cout << "captured in " << Quoted(arguments.path) << '\n';
-  });
+  command->callback([&] { capture(arguments); });
 
   command =
       app.add_subcommand("check-provider", "Ask a provider library every key, as the import does");
@@ -116,10 +125,8 @@ void addCommands(CLI::App& app, Arguments& arguments) {
   command = app.add_subcommand("ask-provider")->group("");  // hidden: the child of check-provider
   command->add_option("FILE", arguments.path)->required();
   command->add_option("SECONDS", arguments.seconds)->required();
-  command->callback([&] {
-    const std::chrono::duration<double> limit(arguments.seconds);
-    AskProvider(arguments.path, std::chrono::duration_cast<std::chrono::nanoseconds>(limit));
-  });
+  command->add_option("DESCRIPTOR", arguments.descriptor)->required();
+  command->callback([&] { AskProvider(arguments.path, arguments.seconds, arguments.descriptor); });
 
   // Options before a subcommand would be parsed and have no effect.
   for (CLI::App* const subcommand : app.get_subcommands({})) {
