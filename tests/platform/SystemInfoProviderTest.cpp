@@ -2,20 +2,21 @@
 // directory, which is the library's here.
 #include <gtest/gtest.h>
 
+#include <utility>
+
+#include "DynamicSocInfo/ProviderAttempt.h"
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
 #include "DynamicSocInfo/import/ProviderImport.h"
 #include "DynamicSocInfo/provider/DynamicLibrary.h"
-#include "DynamicSocInfo/provider/ProviderLoader.h"
 
 namespace {
 
 TEST(SystemInfoProvider, IsFoundByThePlanOfAllProvidersAndReplacesTheRecord) {
   SocInfo record = BuildChipRecord(0);
   record.dsps.emplace_back();
-  record.gpus.front().cap13 = 13;
+  record.gpus.front().cap13 = 50;
   {
     ProviderLoader provider(AllProviders);
-    ASSERT_EQ(provider.libraryName, "ZynSystemInfo.dll");
     EXPECT_TRUE(ImportProviderCapabilities(provider, record));
   }
   EXPECT_EQ(dlOpen("ZynSystemInfo.dll", DL_NOW | DL_NOLOAD), nullptr) << "it is still loaded";
@@ -30,11 +31,46 @@ TEST(SystemInfoProvider, IsFoundByThePlanOfAllProvidersAndReplacesTheRecord) {
   EXPECT_EQ(dsp.cap46, (U32ByPosition{{0, 46}, {1, 47}}));
   EXPECT_EQ(dsp.cap47, NameList{"forty-seven"});
   EXPECT_EQ(dsp.cap48, (NamedValuesByPosition{{0, {.name = "forty-eight", .value = 48}}}));
-  ASSERT_EQ(record.gpus.size(), 1U);
   EXPECT_EQ(record.gpus.front().name, "Bittern 3000");
   EXPECT_EQ(record.gpus.front().cap12, 312U);
   EXPECT_EQ(record.gpus.front().cap13, 0U) << "it is not asked, and replaced all the same";
   EXPECT_EQ(record.cpu.cap2, 502U);
+}
+
+// As the other kind it answers every key but 16, a required one.
+TEST(ProviderImport, FillsTheFirstEntriesAndAlwaysCountsForAKnownChip) {
+  ProviderLoader provider(AllProviders);
+  provider.getCapabilitySerialized = nullptr;
+  for (const std::uint32_t model : {0U, 1U}) {
+    SocInfo record = BuildChipRecord(0);
+    record.socModel = model;
+    record.dsps.front().cap16 = {50};
+    record.dsps.emplace_back();
+    EXPECT_EQ(ImportProviderCapabilities(provider, record), model != 0);
+    EXPECT_EQ(record.dsps.front().cap1, 201);
+    EXPECT_EQ(record.dsps.front().cap16, U32List{50}) << "no answer takes the value away";
+    EXPECT_EQ(record.dsps.back(), DspInfo());
+  }
+}
+
+TEST(ProviderAttempt, AcceptsEitherKindWithAllItsPieces) {
+  ProviderLoader provider(AllProviders);
+  const auto isAcceptedWithout = [&](auto& piece) {
+    const auto kept = std::exchange(piece, {});
+    const bool accepted = IsAcceptedProvider(provider);
+    piece = kept;
+    return accepted;
+  };
+  for (const std::string_view name : {SYSTEM_INFO_LIBRARY, SERVICE_UTILS_LIBRARY}) {
+    SCOPED_TRACE(name);
+    provider.libraryName = name;
+    EXPECT_TRUE(IsAcceptedProvider(provider));
+    EXPECT_FALSE(isAcceptedWithout(provider.libraryName));
+    EXPECT_FALSE(isAcceptedWithout(provider.handle));
+    EXPECT_FALSE(isAcceptedWithout(provider.getApiVersion));
+    EXPECT_FALSE(isAcceptedWithout(provider.getCapability));
+    EXPECT_EQ(isAcceptedWithout(provider.getCapabilitySerialized), name == SERVICE_UTILS_LIBRARY);
+  }
 }
 
 }  // namespace
