@@ -1,8 +1,7 @@
-/// Allocations that are counted and fail on demand: the test program's `operator new`, and the
-/// `malloc` called by the code linked into it.
+/// Allocations that fail on demand: the test program's `operator new`, and the `malloc` called by
+/// the code linked into it.
 #pragma once
 
-#include <cstddef>
 #include <utility>
 
 /// While it lives, the `nth` allocation fails, counted from 1; none for 0. An inner fault suspends
@@ -16,16 +15,11 @@ class AllocationFault {
 
   static bool Happened() { return countdown == 0; }
   /// Without a scope.
-  static void FailNext() { countdown = 1; }
-  static std::size_t Count() { return count; }
-  /// Counts one allocation; whether it is to fail.
-  static bool IsDue() {
-    ++count;
-    return countdown > 0 && --countdown == 0;
-  }
+  static void FailNext(int nth = 1) { countdown = nth; }
+  /// Whether this allocation is to fail.
+  static bool IsDue() { return countdown > 0 && --countdown == 0; }
 
  private:
-  static inline std::size_t count = 0;
   static inline int countdown = 0;
   int outer_;
 };

@@ -6,180 +6,138 @@
 
 #include <stdexcept>
 
+#include "AllocationFault.h"
 #include "FakeProvider.h"
 
 namespace {
 
-using Sizes = std::vector<std::uint64_t>;
-
 constexpr std::uint32_t KEY = 7;
 constexpr std::uint64_t MAX = 0xFFFFFFFFFFFFFFFF;
 constexpr auto TOO_SMALL = INSUFFICIENT_SIZE;
+constexpr const char* REFUSED = "GetCapability failed";
+constexpr const char* WIDTH = "Result buffer size mismatch";
 constexpr const char* MATCHING = "INSUFFICIENT_SIZE despite matching size";
 constexpr const char* NO_MEMORY = "reported size cannot be held";
+constexpr const char* SHORT = "bad vector format";
+constexpr const char* SMALL = "vector buffer is too small";
+constexpr const char* LARGE = "vector buffer does not match expected size";
+constexpr const char* ENDLESS = "missing null terminator";
 
-/// What the calls that catch leave in their destinations, at first what a refused answer leaves.
-struct Values {
-  std::uint64_t number = 77;
-  std::uint32_t low32 = 77;
-  std::uint8_t low8 = 77;
-  bool flag = false;
-  float real = 7.5F;
-  std::vector<std::uint32_t> list = {7, 7};
-  std::string text = "kept";
-  int successes = 0;
-
-  bool operator==(const Values&) const = default;
-};
-
-class ProviderCalls : public testing::Test {
- protected:
-  void Set(Behaviour behaviour) {
-    provider_.scalars[{DSP, KEY}] = std::move(behaviour);
-    provider_.offered.clear();
+/// What a typed call gives, or why it gives nothing.
+template <class Out>
+std::string ask(ProviderLoader& provider,
+                bool (*call)(ProviderLoader&, std::uint32_t, std::uint32_t, Out&, std::string*),
+                const Out& earlier) {
+  const AllocationFault none(0);  // until the provider orders one
+  Out out = earlier;
+  std::string failure;
+  if (!call(provider, DSP, KEY, out, &failure)) {
+    EXPECT_EQ(out, earlier);
+    return failure;
   }
-  ProviderLoader& Loader() { return provider_.loader; }
-  Sizes& Offered() { return provider_.offered[{DSP, KEY}]; }
-  Bytes GetBytes() { return GetCapabilityBytes(Loader(), DSP, KEY, 32); }
-
-  /// What `call` throws, or nothing.
-  template <class Call>
-  static std::string MessageOf(Call call) {
-    try {
-      call();
-    } catch (const std::runtime_error& error) {
-      return error.what();
-    }
-    return "";
-  }
-
-  Values TryAll() {
-    Values values;
-    const auto count = [&](auto call, auto& out) {
-      values.successes += call(Loader(), DSP, KEY, out, nullptr) ? 1 : 0;
-    };
-    count(TryGetU64, values.number);
-    count(TryGetU32, values.low32);
-    count(TryGetU8, values.low8);
-    count(TryGetBool, values.flag);
-    count(TryGetFloat, values.real);
-    count(TryGetU32List, values.list);
-    count(TryGetString, values.text);
-    return values;
-  }
-
-  FakeProvider provider_;
-};
-
-TEST_F(ProviderCalls, TakeAnswersOfTheirWidthAndTheirLowBits) {
-  struct {
-    Bytes answer;
-    Values values;
-  } const ROWS[] = {
-      {words({0x100000005}), {0x100000005, 5, 5, true, 7.5F, {7, 7}, "\5", 5}},
-      {words({0x0102}), {0x0102, 0x0102, 2, true, 7.5F, {7, 7}, "\2\1", 5}},
-      {words({0x100000000}), {0x100000000, 0, 0, true, 7.5F, {7, 7}, "", 5}},
-      {words({0}), {0, 0, 0, false, 7.5F, {}, "", 6}},
-      {words({MAX}), {MAX, 0xFFFFFFFF, 0xFF, true, 7.5F, {7, 7}, "kept", 4}},
-      {packed<float>({-1.5F}), {77, 77, 77, false, -1.5F, {7, 7}, "", 2}},
-      {words({2, 3, 0x700000006}), {77, 77, 77, false, 7.5F, {3, 6}, "\2", 2}},
-  };
-  for (const auto& row : ROWS) {
-    Set(answers(row.answer));
-    EXPECT_EQ(TryAll(), row.values) << &row - ROWS;
-  }
-  for (const std::size_t size : {0U, 3U, 5U, 7U, 9U, 15U, 16U}) {
-    Set(answers(Bytes(size, 1)));
-    EXPECT_EQ(TryAll(), Values()) << size;
+  if constexpr (std::is_integral_v<Out>) {
+    return std::to_string(out);
+  } else {
+    return testing::PrintToString(out);
   }
 }
+using Ask = std::string (*)(ProviderLoader&);
+constexpr Ask U64 = [](auto& provider) { return ask<std::uint64_t>(provider, TryGetU64, 77); };
+constexpr Ask U32 = [](auto& provider) { return ask<std::uint32_t>(provider, TryGetU32, 77); };
+constexpr Ask U8 = [](auto& provider) { return ask<std::uint8_t>(provider, TryGetU8, 77); };
+constexpr Ask FLAG = [](auto& provider) { return ask(provider, TryGetBool, true); };
+constexpr Ask REAL = [](auto& provider) { return ask(provider, TryGetFloat, 7.5F); };
+constexpr Ask LIST = [](auto& provider) { return ask(provider, TryGetU32List, {7, 7}); };
+constexpr Ask TEXT = [](auto& provider) { return ask<std::string>(provider, TryGetString, "7"); };
 
-TEST_F(ProviderCalls, FailWithoutAnAnswer) {
-  for (const std::uint32_t status : {1U, 3U, 5U, 25U, 0xFFFFFFFFU}) {
-    Set(replies({{status, 8, Bytes(8, 1)}}));
-    EXPECT_EQ(MessageOf([&] { GetBytes(); }), "GetCapability failed") << status;
-    EXPECT_EQ(TryAll(), Values());
-  }
-  Loader().getCapability = nullptr;
-  EXPECT_EQ(MessageOf([&] { GetBytes(); }), "SoCServiceUtils not loaded");
-}
+void exhaust() { AllocationFault::FailNext(); }
 
-TEST_F(ProviderCalls, CatchWhatFailsTheCallAndNothingElse) {
-  Set([](void*, std::uint64_t*) -> std::uint32_t { throw std::range_error("derived"); });
-  EXPECT_EQ(TryAll(), Values());
-  Set([](void*, std::uint64_t*) -> std::uint32_t { throw std::logic_error("another"); });
-  EXPECT_THROW(TryAll(), std::logic_error);
-}
-
-TEST_F(ProviderCalls, GrowWhileMoreIsAskedFor) {
+TEST(ProviderCalls, TakeWhatIsWellFormedAndTellWhatIsNot) {
+  const Bytes one = words({1});
   const Bytes dirt(200, 0xEE);
-  struct {
-    std::vector<Reply> script;
-    std::string message;
-    Sizes offered;
-  } const ROWS[] = {
-      {{{TOO_SMALL, 33, dirt}, {TOO_SMALL, 200, dirt}, {SUCCESS, 5}}, "", {32, 33, 200}},
-      {{{TOO_SMALL, LARGEST_ANSWER}, {SUCCESS, 8}}, "", {32, LARGEST_ANSWER}},
-      {{{TOO_SMALL, 0}}, MATCHING, {32}},
-      {{{TOO_SMALL, 32}, {SUCCESS, 8}}, MATCHING, {32}},
-      {{{TOO_SMALL, 64}, {TOO_SMALL, 40}}, MATCHING, {32, 64}},
-      {{{TOO_SMALL, 64}, {FAILURE, 128}}, "GetCapability failed", {32, 64}},
-  };
-  for (const auto& row : ROWS) {
-    Set(replies(row.script));
-    EXPECT_EQ(MessageOf([&] { GetBytes(); }), row.message);
-    EXPECT_EQ(Offered(), row.offered);
-    EXPECT_TRUE(provider_.offeredZeros) << "bytes of a refused call were offered again";
-  }
-}
-
-TEST_F(ProviderCalls, RefuseSizesThatNobodyCanHold) {
-  for (const std::uint32_t status : {SUCCESS, INSUFFICIENT_SIZE}) {
-    for (const std::uint64_t size : {LARGEST_ANSWER + 1, MAX / 2 + 1, MAX - 7, MAX}) {
-      Set(replies({{status, size, Bytes(8, 1)}}));
-      EXPECT_EQ(MessageOf([&] { GetBytes(); }), NO_MEMORY);
-      EXPECT_EQ(Offered(), Sizes{32});
-      EXPECT_EQ(TryAll(), Values());
-    }
-    Set(exhausts(replies({{status, 4097}}), status));
-    EXPECT_EQ(MessageOf([&] { GetBytes(); }), NO_MEMORY);
-    // A size that no provider named is another matter.
-    const AllocationFault fault(1);
-    EXPECT_THROW(GetBytes(), std::bad_alloc);
-  }
-}
-
-TEST_F(ProviderCalls, DecodeOnlyWhatIsWellFormed) {
-  constexpr const char* BAD = "bad vector format";
-  constexpr const char* SMALL = "vector buffer is too small";
-  constexpr const char* LARGE = "vector buffer does not match expected size";
-  constexpr const char* ENDLESS = "missing null terminator";
+  const Bytes letters(63, 't');
+  const std::string text(63, 't');
   constexpr std::uint64_t WRAPS = std::uint64_t{1} << 61;  // times 8 it is 0
-  const auto asList = [](ProviderLoader& loader) { ReadU64Vector(loader, DSP, KEY); };
-  const auto asText = [](ProviderLoader& loader) { ReadCapabilityString(loader, DSP, KEY); };
   struct {
-    void (*decode)(ProviderLoader&);
-    Behaviour behaviour;
-    const char* message;
+    Ask ask;
+    std::vector<Reply> script;
+    std::string result;
+    Sizes offered = {};  ///< Not checked when empty.
   } const ROWS[] = {
-      {asList, answers(Bytes(7)), BAD},
-      {asList, answers(padded(words({1}), 15)), SMALL},
-      {asList, answers(words({WRAPS})), SMALL},
-      {asList, answers(words({MAX, 0})), SMALL},
-      {asList, answers(Bytes(9)), LARGE},
-      {asList, answers(words({1, 0, 0})), LARGE},
-      {asList, exhausts(answers(words({3, 0, 0, 0}))), NO_MEMORY},
-      {asList, answers(words({4, 0, 0, 0, 0})), ""},
-      {asText, answers({}), ENDLESS},
-      {asText, answers(Bytes(63, 't')), ENDLESS},
-      {asText, replies({{SUCCESS, 2, {'a', 'b', 0}}}), ENDLESS},
-      {asText, exhausts(answers(Bytes(63, 't') + Bytes{0})), NO_MEMORY},
-      {asText, answers(Bytes(63, 't') + Bytes{0, 'c'}), ""},
+      {U64, {answers(words({0x100000005}))}, "4294967301", {8}},
+      {U32, {answers(words({0x100000005}))}, "5", {8}},
+      {U8, {answers(words({0x100000105}))}, "5", {8}},
+      {FLAG, {answers(words({0x100000000}))}, "1", {8}},
+      {FLAG, {answers(words({0}))}, "0"},
+      {REAL, {answers(packed<float>({-1.5F}))}, "-1.5", {4}},
+      {U64, {answers(Bytes(7))}, WIDTH},
+      {U32, {answers(Bytes(4))}, WIDTH},
+      {U8, {answers(Bytes(1))}, WIDTH},
+      {FLAG, {answers(Bytes(9))}, WIDTH},
+      {REAL, {answers(one)}, WIDTH},
+
+      {U64, {{FAILURE, 8, one}}, REFUSED},
+      {U64, {{SUCCESS + 1, 8, one}}, REFUSED},
+      {U64,
+       {{SUCCESS, 8, one, [] { throw std::range_error("a runtime error"); }}},
+       "a runtime error"},
+
+      {TEXT, {{TOO_SMALL, 33, dirt}, {TOO_SMALL, 200, dirt}, {SUCCESS, 5}}, "\"\"", {32, 33, 200}},
+      {TEXT, {{TOO_SMALL, LARGEST_ANSWER}, {SUCCESS, 8}}, "\"\"", {32, LARGEST_ANSWER}},
+      {TEXT, {{TOO_SMALL, 0}}, MATCHING, {32}},
+      {TEXT, {{TOO_SMALL, 32}, {SUCCESS, 8}}, MATCHING, {32}},
+      {TEXT, {{TOO_SMALL, 64}, {TOO_SMALL, 40}}, MATCHING, {32, 64}},
+      {TEXT, {{TOO_SMALL, 64}, {FAILURE, 128}}, REFUSED, {32, 64}},
+      {TEXT, {{TOO_SMALL, LARGEST_ANSWER + 1}}, NO_MEMORY, {32}},
+      {TEXT, {{TOO_SMALL, MAX}}, NO_MEMORY, {32}},
+      {TEXT, {{TOO_SMALL, 4097, {}, exhaust}}, NO_MEMORY, {32}},
+      {TEXT, {{SUCCESS, LARGEST_ANSWER + 1}}, NO_MEMORY, {32}},
+      {TEXT, {{SUCCESS, MAX - 7}}, NO_MEMORY, {32}},
+      {TEXT, {{SUCCESS, 4097, {}, exhaust}}, NO_MEMORY, {32}},
+
+      {LIST, {answers(words({2, 3, 0x700000006}))}, "{ 3, 6 }", {32}},
+      {LIST, {answers(words({0}))}, "{}"},
+      {LIST, {answers(words({4, 0, 0, 0, 0}))}, "{ 0, 0, 0, 0 }", {32, 40}},
+      {LIST, {answers({})}, SHORT},
+      {LIST, {answers(Bytes(7))}, SHORT},
+      {LIST, {answers(padded(one, 15))}, SMALL},
+      {LIST, {answers(words({WRAPS}))}, SMALL},
+      {LIST, {answers(words({MAX, 0}))}, SMALL},
+      {LIST, {answers(Bytes(9))}, LARGE},
+      {LIST, {answers(words({1, 0, 0}))}, LARGE},
+      {LIST, {{SUCCESS, 32, words({3, 0, 0, 0}), exhaust}}, NO_MEMORY},
+
+      {TEXT, {answers({'a', 'b', 0, 'c'})}, "\"ab\"", {32}},
+      {TEXT, {answers(letters + Bytes{0})}, testing::PrintToString(text), {32, 64}},
+      {TEXT, {answers({})}, ENDLESS},
+      {TEXT, {answers(letters)}, ENDLESS},
+      {TEXT, {{SUCCESS, 2, {'a', 'b', 0}}}, ENDLESS},
+      {TEXT, {{SUCCESS, 64, letters + Bytes{0}, exhaust}}, NO_MEMORY},
   };
   for (const auto& row : ROWS) {
-    Set(row.behaviour);
-    EXPECT_EQ(MessageOf([&] { row.decode(Loader()); }), row.message) << &row - ROWS;
+    SCOPED_TRACE(&row - ROWS);
+    FakeProvider provider;
+    provider.script[{DSP, KEY}] = row.script;
+    EXPECT_EQ(row.ask(provider.loader), row.result);
+    if (!row.offered.empty()) {
+      EXPECT_EQ((provider.offered[{DSP, KEY}]), row.offered);
+    }
+    EXPECT_TRUE(provider.offeredZeros) << "bytes of a refused call were offered again";
   }
+}
+
+TEST(ProviderCalls, LetOtherExceptionsThrough) {
+  FakeProvider provider;
+  provider.script[{DSP, KEY}] = {{SUCCESS, 8, {}, [] { throw std::logic_error("fault"); }}};
+  EXPECT_THROW(U64(provider.loader), std::logic_error);
+  std::string text;
+  const AllocationFault fault(1);  // for a size that no provider reported
+  EXPECT_THROW(TryGetString(provider.loader, DSP, KEY, text), std::bad_alloc);
+}
+
+TEST(ProviderCalls, NeedAProvider) {
+  ProviderLoader none;
+  EXPECT_EQ(U64(none), "SoCServiceUtils not loaded");
 }
 
 }  // namespace
