@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 #include <list>
 #include <map>
@@ -51,7 +52,6 @@ struct Machine {
   WideString windir;
   std::map<DWORD, Table> firmware;
   DWORD lastError = ERROR_SUCCESS;
-  bool cutsPathsSilently = false;  ///< Without a terminator and without an error.
   int failingCall = 0;  ///< Which call fails, from 1; the closing of handles does not count.
   /// Runs before a call is answered, to change the machine while the library uses it.
   std::function<void(const std::string& call)> before = [](const std::string&) {};
@@ -75,3 +75,14 @@ struct Machine {
     return rests;
   }
 };
+
+/// Runs `body` in a forked copy of this process, which keeps what a process remembers (the chip,
+/// the driver's directory) out of other tests. What fails there fails the test here.
+template <class Body>
+void inOwnProcess(Body body) {
+  const auto run = [&] {
+    body();
+    std::exit(testing::Test::HasFailure() ? EXIT_FAILURE : EXIT_SUCCESS);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(EXIT_SUCCESS), "");
+}

@@ -108,7 +108,9 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
 }
 
 BOOL GetModuleHandleExA(DWORD flags, LPCSTR, HMODULE* module) {
-  const Call call("GetModuleHandleExA", flags);
+  const Call call("GetModuleHandleExA");
+  EXPECT_EQ(flags,
+            GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT);
   *module = handleOf(machine().ownModule);
   return call.fails ? FALSE : TRUE;
 }
@@ -116,15 +118,9 @@ BOOL GetModuleHandleExA(DWORD flags, LPCSTR, HMODULE* module) {
 DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
   const std::string& name = moduleOf(module).name;
   const Call call("GetModuleFileNameA", name);
-  if (name.size() >= size && machine().cutsPathsSilently) {
-    return static_cast<DWORD>(name.copy(path, size));
-  }
-  if (name.size() >= size) {
-    machine().lastError = ERROR_INSUFFICIENT_BUFFER;
-  }
-  const auto length = static_cast<DWORD>(name.copy(path, size - 1));
-  path[length] = '\0';
-  return call.fails ? 0 : length;
+  // A path that does not fit is cut without a terminator and without an error.
+  std::fill_n(path, size, '\0');
+  return call.fails ? 0 : static_cast<DWORD>(name.copy(path, size));
 }
 
 BOOL K32EnumProcessModules(HANDLE, HMODULE* modules, DWORD size, LPDWORD needed) {
