@@ -22,18 +22,20 @@ struct Noted {
 
 void ThrowException(uint64_t kind) {
   switch (kind) {
-    case 1: {
+    case 1:
+      throw 1;  // without a destructor
+    case 2: {
       const Noted local{"left\n"};
       throw Noted{"destroyed\n"};
     }
-    case 2:
+    case 3:
       try {
         throw 1;
       } catch (int) {
         throw;
       }
 #if !defined(_MSC_VER)
-    case 3:
+    case 4:
       throw std::runtime_error("thrown by the provider");
     default:
       if (std::uncaught_exceptions() != 0) {

@@ -6,12 +6,12 @@ from scenario import Result, Settings, run
 
 FIRST_KEY, MIDDLE_KEY, LAST_KEY = "2 1", "2 17", "3 13"
 # What Throwing.cpp throws.
-OWN_TYPE, THROWN_AGAIN, RUNTIME_ERROR, NOTHING = range(1, 5)
+INT, OWN_TYPE, THROWN_AGAIN, RUNTIME_ERROR, NOTHING = range(1, 6)
 
 
 class Exceptions(Tests):
     def test_one_of_any_compiler_fails_the_import_and_the_next_query_imports_again(self):
-        rows = [(FIRST_KEY, THROWN_AGAIN), (MIDDLE_KEY, OWN_TYPE), (LAST_KEY, OWN_TYPE)]
+        rows = [(FIRST_KEY, INT), (MIDDLE_KEY, OWN_TYPE), (LAST_KEY, THROWN_AGAIN)]
         for provider in ["Scripted", *(["ThrowingMsvc"] if Settings.is_windows() else [])]:
             for key, kind in rows:
                 with self.subTest(provider, key=key):

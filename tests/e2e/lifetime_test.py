@@ -32,7 +32,7 @@ class Lifetime(Tests):
             self.assertEqual([LIST_IMPORTED] * 16, outcome.results()[1::2])
 
     def test_a_hundred_loads_and_unloads_leave_nothing_behind(self):
-        throw = ["2 17 except 1 0 -"]
+        throw = ["2 17 except 2 0 -"]
         rows = [("Scripted", [], SCALAR_IMPORTED, LIST_IMPORTED),
                 (None, [], SCALAR_DEFAULT, LIST_DEFAULT),
                 ("Scripted", throw, REFUSED, LIST_REFUSED)]

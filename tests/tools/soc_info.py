@@ -18,7 +18,7 @@ PROVIDER = os.environ["PROVIDER"]
 NO_PROVIDER = os.environ["NO_PROVIDER"]
 # Lines of its script: an exception of its own type at DSP 3, and one of the standard library, which
 # fails the key.
-OWN_FAULT, RUNTIME_ERROR = ("2 3 except 1 0 -", "2 3 except 3 0 -")
+OWN_FAULT, RUNTIME_ERROR = ("2 3 except 2 0 -", "2 3 except 4 0 -")
 # What the scripted provider answers where a terminal or a reader of the report could be misled.
 HOSTILE_NAME = "3 4 reply 0 7 1b5b33316dff00"
 HOSTILE_NAME_VALUE = "\x1b[31m\ufffd"
