@@ -53,8 +53,11 @@ class CheckProviderTest(Tests):
                 self.assertEqual((row["answered"], row["value"], row["message"]),
                                  (False, None, message))
                 self.assertEqual((row["status"], row["offered"], row["reported"]), call)
+                text = self.text("2 " + rule).stdout
                 self.assertIn("no: {} (status {}, {} bytes offered, {} reported)"
-                              .format(message, *call), self.text("2 " + rule).stdout)
+                              .format(message, *call), text)
+                self.assertRegex(text, "DSP keys +{} keys missing: {}\n".format(
+                    "required" if dsp_status == -2 else "optional", rule.split()[0]))
 
     def test_library_that_stops_the_process_is_reported_with_the_step(self):
         of_this_system = [] if ON_WINDOWS else [

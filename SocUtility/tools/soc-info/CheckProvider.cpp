@@ -61,13 +61,24 @@ Json statusOf(const Json& check, std::uint32_t component) {
   return status;
 }
 
-std::string_view statusText(const Json& status) {
+/// The component's import status in words, with the keys that decided it.
+std::string statusText(const Json& check, std::uint32_t component) {
+  const Json& status = check.at("statuses").at(ComponentName(component));
   if (status.is_null()) {
-    return "not all keys were asked";
+    return "not all were asked";
   }
-  return status == MISSING_REQUIRED   ? "-2: required keys missing"
-         : status == MISSING_OPTIONAL ? "1: optional keys missing"
-                                      : "0: every key answered";
+  if (status == IMPORTED_ALL) {
+    return "all answered";
+  }
+  const bool required = status == MISSING_REQUIRED;
+  std::string text = required ? "required keys missing:" : "optional keys missing:";
+  for (const Json& row : check.at("keys")) {
+    if (row.at("component") == ComponentName(component) && row.at("answered") == false &&
+        row.at("required") == required) {
+      text += ' ' + Text(row.at("key"));
+    }
+  }
+  return text;
 }
 
 std::string answerText(const Json& row) {
@@ -134,11 +145,11 @@ void WriteCheck(std::ostream& out, const Json& check) {
     out << '\n';
     writeKeys(out, keys);
     out << '\n';
-    WriteLine(out, "DSP", statusText(check.at("statuses").at("DSP")));
-    WriteLine(out, "GPU", statusText(check.at("statuses").at("GPU")));
+    WriteLine(out, "DSP keys", statusText(check, DSP));
+    WriteLine(out, "GPU keys", statusText(check, GPU));
   }
   if (const Json& reason = check.at("reason"); !check.at("accepted").is_null()) {
-    WriteLine(out, "provider", reason.is_null() ? "accepted" : "rejected: " + Text(reason));
+    WriteLine(out, "provider", reason.is_null() ? "has both exports" : "rejected: " + Text(reason));
   }
   if (const Json& exception = check.at("exception"); !exception.is_null()) {
     const Json& text = exception.at("text");

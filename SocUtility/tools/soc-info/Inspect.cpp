@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
+#include "DynamicSocInfo/chip/ChipData.h"
 #include "Identify.h"
 #include "ProviderReport.h"
 #include "RunInfo.h"
@@ -40,9 +41,14 @@ const AttemptOutcome& outcomeOf(const Json& provider) {
 }
 
 Json chipOf(const SocInfo& record, const Json& identification) {
-  return {{"name", record.name},         {"names", record.nameSet},
-          {"model", record.socModel},    {"chipId", identification.at("chipId")},
-          {"known", record.isKnownChip}, {"reason", identification.at("reason")}};
+  const bool lacksRow = !record.isKnownChip && identification.at("reason").is_null();
+  return {{"name", record.name},
+          {"names", record.nameSet},
+          {"model", record.socModel},
+          {"chipId", identification.at("chipId")},
+          {"known", record.isKnownChip},
+          {"reason", lacksRow ? Json("the catalogue has no row for the identifier")
+                              : identification.at("reason")}};
 }
 
 /// Puts the library's answer into the capability's row, which has the core's value. Notes where the
@@ -80,7 +86,7 @@ std::string chipText(const Json& chip) {
 }
 
 std::string identifierText(const Json& chip) {
-  if (!chip.at("reason").is_null()) {
+  if (chip.at("chipId") == NO_CHIP_ID) {
     return "none: " + Text(chip.at("reason"));
   }
   return Text(chip.at("chipId")) +
@@ -119,8 +125,9 @@ void writeNotes(std::ostream& out, const Json& document) {
   if (document.at("provider").at("state") == "failed") {
     WriteLine(out, "note", "every query fails with 25, and each call makes the attempt again");
   } else if (document.at("scalarQueriesFail") == true) {
-    WriteLine(out, "note", "the first call of Soc_GetCapability answers from the unknown row, all");
-    WriteLine(out, "", "later ones fail with 25; Soc_GetCapabilitySerialized always answers");
+    WriteLine(out, "note",
+              "the first call of Soc_GetCapability still answers, all later ones fail");
+    WriteLine(out, "", "with 25; Soc_GetCapabilitySerialized always answers");
   }
   const auto answerText = [](const Json& answer) {
     return answer.at("status") == SUCCESS ? Compact(answer.at("value"))
@@ -161,12 +168,9 @@ Json Inspect(const MachineTables& tables, InstalledLibrary* library) {
                    {"chip", chipOf(record, identification)},
                    {"answersFrom", listsFail ? Json(nullptr) : Json(outcome.answersFrom)},
                    {"provider", provider.document},
-                   {"scalarQueriesFail", outcome.scalarsFail},
+                   {"scalarQueriesFail", outcome.state == "notAsked" ? Json(nullptr) : Json(false)},
                    {"disagreements", Json::array()},
                    {"capabilities", Json::array()}};
-  if (outcome.state == "notAsked") {
-    document["scalarQueriesFail"] = nullptr;
-  }
   std::vector<LibraryAnswer> answers;
   if (library != nullptr) {
     answers = library->AskEveryCapability();
@@ -182,8 +186,13 @@ Json Inspect(const MachineTables& tables, InstalledLibrary* library) {
                 {"value", capability.value},
                 {"source", source}};
     if (library != nullptr) {
-      const bool mustFail = capability.type.starts_with("list") ? listsFail : outcome.scalarsFail;
-      addAnswer(answers[i++], capability, mustFail, row, document["disagreements"]);
+      const bool isList = capability.type.starts_with("list");
+      const LibraryAnswer& answer = answers[i++];
+      if (!isList && answer.status == FAILURE) {
+        document["scalarQueriesFail"] = true;
+      }
+      addAnswer(answer, capability, isList ? listsFail : outcome.scalarsFail, row,
+                document["disagreements"]);
     }
     document["capabilities"].push_back(row);
   }
