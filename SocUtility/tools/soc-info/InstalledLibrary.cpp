@@ -39,8 +39,8 @@ std::string findLibrary() {
 Json packageVersion(void* library, const std::string& /*path*/) {
   auto* const module = static_cast<HMODULE>(library);
   const HRSRC resource = FindResourceA(module, MAKEINTRESOURCEA(VS_VERSION_INFO), RT_VERSION);
-  constexpr DWORD HEADER_SIZE =
-      40;  // two lengths, a type, the wide name "VS_VERSION_INFO", padding
+  // Two lengths, a type, the wide name "VS_VERSION_INFO" and padding.
+  constexpr DWORD HEADER_SIZE = 40;
   VS_FIXEDFILEINFO info{};
   if (resource == nullptr || SizeofResource(module, resource) < HEADER_SIZE + sizeof info) {
     return nullptr;
