@@ -27,7 +27,8 @@ static long long ownBytes(void) {
   static char text[4096];
   static const char LABEL[] = "Anonymous:";
   const int file = open("/proc/self/smaps_rollup", O_RDONLY);
-  (void)!read(file, text, sizeof text - 1);
+  const ssize_t count = read(file, text, sizeof text - 1);
+  text[count < 0 ? 0 : count] = '\0';
   close(file);
   const char* const line = strstr(text, LABEL);
   return line == NULL ? 0 : strtoll(line + strlen(LABEL), NULL, 10) * 1024;

@@ -24,7 +24,8 @@
 ///      call that looked for a provider still answers; all later ones fail.
 ///    - Memory ran out, or an exception of a provider ended the import. The next call tries again.
 ///      But if memory runs out while a firmware table is read, the chip counts as unknown until
-///      this library is unloaded; if while a provider is loaded, the provider counts as absent.
+///      this library is unloaded. If it runs out while a provider is loaded, the provider counts as
+///      absent.
 ///    - A provider made the query on the thread that is asking it, and the query needed an import
 ///      of its own. On another thread such a query waits until the provider is done, so a provider
 ///      must not wait for that thread.

@@ -32,7 +32,7 @@ constexpr std::uint8_t FILL = 0xA5;
 decltype(HostCall::query) getScalar;
 decltype(HostCall::query) getSerialized;
 
-// The one that fails counts as 1; none when it is 0.
+// The allocation that makes this 0 fails. From 0 on none fails.
 std::uint64_t allocationsLeft;
 bool hasAllocationFailed;
 

@@ -1,5 +1,4 @@
-/* Loading a library, with each system's own functions. Its symbols are open to the whole process.
- */
+/* Loads a library. On POSIX its symbols are visible to the whole process. */
 #pragma once
 
 #include <stdint.h>

@@ -1,5 +1,5 @@
-/* What release 0.1 promised to programs. It must compile, link and succeed with every later 0.1.x;
- * never change it for one. Run with the example provider beside the library, it asks every key. */
+/* What release 0.1 promised to programs. It must pass with every 0.1.x; never change it to
+ * make one pass. Run with the example provider beside the library, it asks every key. */
 #include <ZynSystemInfo.h>
 #include <stdio.h>
 #include <string.h>

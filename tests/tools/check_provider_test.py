@@ -104,6 +104,9 @@ class CheckProviderTest(Tests):
         result = self.text(*script)
         self.assertIn(HOSTILE_NAME_TEXT, result.stdout)
         self.assertIn('{"step": "exit"}', result.stderr)
+        if not ON_WINDOWS:  # the report must not get the descriptor of a closed standard error
+            result = self.text("2 2 write 1 0 text", before=lambda: os.close(2))
+            self.assertEqual(result.returncode, COUNTS, result.stdout)
 
     def test_library_without_the_export_is_rejected_unasked(self):
         status, document, rows = self.check(NO_PROVIDER)

@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <memory>
+#include <stdexcept>
 #include <system_error>
 #ifdef _WIN32
 #include <io.h>
@@ -14,6 +15,7 @@
 #include "Output.h"
 #include "platform/WindowsApi.h"
 #else
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,8 +35,11 @@ struct CloseFile {
   void operator()(std::FILE* file) const { (void)std::fclose(file); }
 };
 
-// Runs the command and returns how it failed, as in `ChildResult`.
+// `openReport` opens the file that the child writes to. `runAskProvider` runs the command and
+// returns how it failed, as in `ChildResult`.
 #ifdef _WIN32
+
+std::FILE* openReport() { return std::tmpfile(); }
 
 std::string runAskProvider(const std::string& file, const std::string& seconds, std::FILE* report) {
   std::wstring program(32768, L'\0');
@@ -56,6 +61,16 @@ std::string runAskProvider(const std::string& file, const std::string& seconds, 
 }
 
 #else
+
+std::FILE* openReport() {
+  // The report must not get the descriptor of a closed standard stream: a provider can write there.
+  int unused = 0;
+  while (unused >= 0 && unused <= STDERR_FILENO) {
+    unused = open("/dev/null", O_RDONLY);
+  }
+  close(unused);
+  return std::tmpfile();
+}
 
 std::string runAskProvider(const std::string& file, const std::string& seconds, std::FILE* report) {
   // A process can be started with this signal ignored, and then its children leave no status.
@@ -84,8 +99,8 @@ std::string runAskProvider(const std::string& file, const std::string& seconds, 
 }  // namespace
 
 ChildResult RunAskProvider(const std::string& file, const std::string& seconds) {
-  // Not a pipe, whose end would come only when no process that the provider started has it.
-  const std::unique_ptr<std::FILE, CloseFile> report(std::tmpfile());
+  // A pipe would stay open as long as a process that the provider started.
+  const std::unique_ptr<std::FILE, CloseFile> report(openReport());
   throwIf(report == nullptr, "a temporary file");
   ChildResult result;
   result.failure = runAskProvider(file, seconds, report.get());
@@ -93,6 +108,9 @@ ChildResult RunAskProvider(const std::string& file, const std::string& seconds) 
   std::array<char, 4096> chunk;
   while (const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), report.get())) {
     result.output.append(chunk.data(), count);
+  }
+  if (result.output.empty()) {
+    throw std::runtime_error("the child process has not reported: " + result.failure);
   }
   return result;
 }

@@ -12,12 +12,12 @@ struct ChildResult {
 };
 
 /// The parent's side: runs the command `ask-provider` and waits for its end. `file` is an absolute
-/// path, `seconds` a number. Throws `std::system_error`.
+/// path, `seconds` a number. Throws `std::runtime_error`.
 ChildResult RunAskProvider(const std::string& file, const std::string& seconds);
 
-/// The child's side: the stream to the parent, unbuffered, for the descriptor that is the command's
-/// last argument. What the process writes to its standard output from then on goes to its standard
-/// error. Throws `std::system_error`.
+/// The child's side: opens the stream to the parent, unbuffered, on the descriptor given as the
+/// command's last argument. What the process writes to its standard output from then on goes to its
+/// standard error. Throws `std::system_error`.
 std::FILE* OpenStreamToParent(int descriptor);
 
 /// Ends the process with exit status 0, even if other threads run or hold locks.

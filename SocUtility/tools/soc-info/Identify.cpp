@@ -58,7 +58,7 @@ std::string fadtFinding(const Json& document) {
     return "read, too short to have an OEM Revision";
   }
   return "read, OEM Revision " + Hex(fadt.at("oemRevision"), U32_DIGITS) +
-         (fadt.at("decides") == true ? ", which alone stands for a chip" : "");
+         (fadt.at("decides") == true ? ", which alone identifies a chip" : "");
 }
 
 std::string ppttFinding(const Json& document) {

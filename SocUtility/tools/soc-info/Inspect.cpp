@@ -162,15 +162,16 @@ Json Inspect(const MachineTables& tables, InstalledLibrary* library) {
                                       : AttemptProvider(record, library->Directory());
   const AttemptOutcome& outcome = outcomeOf(provider.document);
   const bool listsFail = outcome.answersFrom == nullptr;
-  Json document = {{"schemaVersion", SCHEMA_VERSION},
-                   {"command", "soc-info"},
-                   {"run", library == nullptr ? Json(nullptr) : RunInfo(library->Description())},
-                   {"chip", chipOf(record, identification)},
-                   {"answersFrom", listsFail ? Json(nullptr) : Json(outcome.answersFrom)},
-                   {"provider", provider.document},
-                   {"scalarQueriesFail", outcome.state == "notAsked" ? Json(nullptr) : Json(false)},
-                   {"disagreements", Json::array()},
-                   {"capabilities", Json::array()}};
+  Json document = {
+      {"schemaVersion", SCHEMA_VERSION},
+      {"command", "soc-info"},
+      {"run", library == nullptr ? Json(nullptr) : RunInfo(library->Description())},
+      {"chip", chipOf(record, identification)},
+      {"answersFrom", listsFail ? Json(nullptr) : Json(outcome.answersFrom)},
+      {"provider", provider.document},
+      {"scalarQueriesFail", outcome.state == "notAsked" ? Json(nullptr) : Json(library != nullptr)},
+      {"disagreements", Json::array()},
+      {"capabilities", Json::array()}};
   std::vector<LibraryAnswer> answers;
   if (library != nullptr) {
     answers = library->AskEveryCapability();
@@ -188,8 +189,8 @@ Json Inspect(const MachineTables& tables, InstalledLibrary* library) {
     if (library != nullptr) {
       const bool isList = capability.type.starts_with("list");
       const LibraryAnswer& answer = answers[i++];
-      if (!isList && answer.status == FAILURE) {
-        document["scalarQueriesFail"] = true;
+      if (!isList && answer.status != FAILURE) {
+        document["scalarQueriesFail"] = false;
       }
       addAnswer(answer, capability, isList ? listsFail : outcome.scalarsFail, row,
                 document["disagreements"]);

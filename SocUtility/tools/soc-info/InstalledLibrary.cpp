@@ -74,7 +74,7 @@ InstalledLibrary::InstalledLibrary(const std::string& file)
   if (const std::string_view reason = WhyRejected(library_); !reason.empty()) {
     throw InputError(fs::path(path_), std::string(reason));
   }
-  // Empty where the path is too long for the library too: then it does not search its own folder.
+  // Empty if the path is too long. Then the library does not search its own folder either.
   ownPath_ = ModulePath(reinterpret_cast<const void*>(library_.getApiVersion));
   if (!ownPath_.empty()) {
     path_ = ownPath_;

@@ -27,12 +27,12 @@ class InstalledLibrary {
   /// Where the library looks for a provider first, with a slash at the end. Empty where the library
   /// cannot learn its own path, and so does not look there.
   std::string Directory() const;
-  /// Asks for everything, in the order of `CapabilitiesOf`. On an unknown chip a first answer is no
-  /// sign of the later ones, so these are later ones.
+  /// Asks for everything, in the order of `CapabilitiesOf`. The first scalar query of an unknown chip
+  /// succeeds even if later ones fail, so one query is made before.
   std::vector<LibraryAnswer> AskEveryCapability();
 
  private:
   std::string path_;        ///< Shown to people.
-  std::string ownPath_;     ///< As the library learns it; empty where it is too long for it.
+  std::string ownPath_;     ///< The path that the library finds for itself; empty if too long.
   ProviderLoader library_;  ///< It has the exports of a system-info provider.
 };

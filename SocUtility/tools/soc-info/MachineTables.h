@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-/// The two tables that identify a chip; one that the machine lacks is empty.
+/// The two tables that identify a chip. A table that the machine lacks is empty.
 struct MachineTables {
   std::vector<std::uint8_t> fadt;
   std::vector<std::uint8_t> pptt;

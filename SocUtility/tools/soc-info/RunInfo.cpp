@@ -1,8 +1,8 @@
 #include "RunInfo.h"
 
-#include <algorithm>
 #include <array>
 #include <ctime>
+#include <filesystem>
 #include <ostream>
 
 #include "DynamicSocInfo/provider/DynamicLibrary.h"
@@ -84,6 +84,5 @@ void WriteRunInfo(std::ostream& out, const Json& document) {
 std::string ModulePath(const void* address) {
   std::string path;
   dlModulePath(address, path);
-  std::ranges::replace(path, '\\', '/');
-  return path;
+  return std::filesystem::path(path).generic_string();
 }
