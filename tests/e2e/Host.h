@@ -26,8 +26,8 @@ struct HostUse {
 };
 HostUse HostMeasure();
 
-/// Replaces the memory functions that the product calls, which was just loaded. On Windows the product
-/// is also shown the firmware tables in the folder firmware, when there is one.
+/// Replaces the memory functions that the product calls, which was just loaded. On Windows the
+/// product is also shown the firmware tables in the folder firmware, when there is one.
 void HostIntercept(void* product);
 
 /// Whether the product's allocations ask `IsAllocationToFail`. With a sanitizer they do not.

@@ -27,8 +27,8 @@ class InstalledLibrary {
   /// Where the library looks for a provider first, with a slash at the end. Empty where the library
   /// cannot learn its own path, and so does not look there.
   std::string Directory() const;
-  /// Asks for everything, in the order of `CapabilitiesOf`. The first scalar query of an unknown chip
-  /// succeeds even if later ones fail, so one query is made before.
+  /// Asks for everything, in the order of `CapabilitiesOf`. The first scalar query of an unknown
+  /// chip succeeds even if later ones fail, so one query is made before.
   std::vector<LibraryAnswer> AskEveryCapability();
 
  private:
