@@ -14,6 +14,7 @@
 // "unsupported" when none can be made to, "threw" or "faulted" when the call did not return.
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
 #include <iomanip>
 #include <iostream>

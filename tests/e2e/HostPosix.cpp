@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 
 #include "Host.h"
 

@@ -3,7 +3,7 @@
 The folder is the process's working directory and holds
   lib/           the product and mostly the provider
   app/           the client; the platform's search finds a provider here
-  provider.txt   tells the provider how to misbehave (see provider.c)
+  provider.txt   says how the provider misbehaves (see provider.c)
   provider.log   what the provider was asked
   firmware/      the tables that the process sees in place of this machine's, if there are any
 """

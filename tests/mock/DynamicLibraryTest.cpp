@@ -22,7 +22,7 @@ std::uintptr_t find(void* handle, const char* symbol) {
   return reinterpret_cast<std::uintptr_t>(dlSym(handle, symbol));
 }
 
-TEST(DynamicLibrary, TellsEachFailureByItsMessage) {
+TEST(DynamicLibrary, ReportsEachFailureByItsMessage) {
   using Operation = std::function<bool(Machine::Module & resident)>;
   const auto open = [](const char* fileName, std::uint32_t flags) -> Operation {
     return [=](auto&) { return dlOpen(fileName, flags) != nullptr; };

@@ -1,6 +1,6 @@
 """The installed package in another place, used by programs that know nothing of the build.
 
-The example provider stands beside the library, since the chip of a development machine is unknown.
+The example provider is beside the library, since the chip of a development machine is unknown.
 """
 
 import argparse

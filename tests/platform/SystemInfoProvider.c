@@ -1,4 +1,4 @@
-/* A provider of the second kind: a library with the product's own three exports, whose answers tell
+/* A provider of the second kind: a library with the product's own three exports, whose answers show
  * the key that was asked. */
 #include <string.h>
 

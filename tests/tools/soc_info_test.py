@@ -25,7 +25,7 @@ class SocInfoTest(Tests):
         for machine, lines in {
             "heron": ["HERON_411, also HERON_411_MOBILE", "101",
                       "catalogue row 411; no provider is consulted"],
-            "dunlin": ["UNKNOWN_PLX", "202, for which the catalogue has no row", "unknown row"],
+            "dunlin": ["UNKNOWN_PLX", "202: the catalogue has no row for it", "unknown row"],
             "unlisted": ["UNKNOWN_PLX", "none: the key is not in the map", "unknown row"],
             "no-pptt": ["UNKNOWN_PLX", "none: the machine has no PPTT", "unknown row"],
         }.items():

@@ -190,7 +190,7 @@ std::ptrdiff_t sharedFields() {
   return shared;
 }
 
-// The machines of the examples tell which field is a key's.
+// The machines of the examples show which field is a key's.
 TEST(KeyTable, OnlyTwoPairsOfGpuKeysShareAField) {
   EXPECT_EQ(sharedFields<DspInfo>(), 0);
   EXPECT_EQ(sharedFields<GpuInfo>(), 2);

@@ -52,7 +52,7 @@ constexpr Ask TEXT = [](auto& provider) { return ask<std::string>(provider, TryG
 
 void exhaust() { AllocationFault::FailNext(); }
 
-TEST(ProviderCalls, TakeWhatIsWellFormedAndTellWhatIsNot) {
+TEST(ProviderCalls, TakeWhatIsWellFormedAndReportWhatIsNot) {
   const Bytes one = words({1});
   const Bytes dirt(200, 0xEE);
   const Bytes letters(63, 't');

@@ -10,7 +10,7 @@
 #include "Capabilities.h"
 #include "ChildProcess.h"
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
-#include "DynamicSocInfo/chip/ChipIdentification.h"
+#include "DynamicSocInfo/chip/ChipData.h"
 #include "DynamicSocInfo/import/ProviderImport.h"
 #include "DynamicSocInfo/provider/DynamicLibrary.h"
 #include "DynamicSocInfo/provider/ProviderLoader.h"

@@ -46,39 +46,38 @@ void addChildResult(Json& check, const ChildResult& child) {
   }
 }
 
+/// The required or the optional keys of one component that were asked and not answered, each after
+/// a blank.
+std::string missingKeys(const Json& check, std::uint32_t component, bool required) {
+  std::string keys;
+  for (const Json& row : check.at("keys")) {
+    if (row.at("component") == ComponentName(component) && row.at("required") == required &&
+        row.at("answered") == false) {
+      keys += ' ' + Text(row.at("key"));
+    }
+  }
+  return keys;
+}
+
 /// The import status of one component; null when not every key was asked.
 Json statusOf(const Json& check, std::uint32_t component) {
   if (check.at("importCounts").is_null()) {
     return nullptr;
   }
-  ImportStatus status = IMPORTED_ALL;
-  for (const Json& row : check.at("keys")) {
-    if (row.at("component") == ComponentName(component) && !row.at("answered").get<bool>() &&
-        status != MISSING_REQUIRED) {
-      status = row.at("required").get<bool>() ? MISSING_REQUIRED : MISSING_OPTIONAL;
-    }
-  }
-  return status;
+  return !missingKeys(check, component, true).empty()    ? MISSING_REQUIRED
+         : !missingKeys(check, component, false).empty() ? MISSING_OPTIONAL
+                                                         : IMPORTED_ALL;
 }
 
-/// The component's import status in words, with the keys that decided it.
 std::string statusText(const Json& check, std::uint32_t component) {
   const Json& status = check.at("statuses").at(ComponentName(component));
   if (status.is_null()) {
     return "not all were asked";
   }
-  if (status == IMPORTED_ALL) {
-    return "all answered";
-  }
-  const bool required = status == MISSING_REQUIRED;
-  std::string text = required ? "required keys missing:" : "optional keys missing:";
-  for (const Json& row : check.at("keys")) {
-    if (row.at("component") == ComponentName(component) && row.at("answered") == false &&
-        row.at("required") == required) {
-      text += ' ' + Text(row.at("key"));
-    }
-  }
-  return text;
+  return status == MISSING_REQUIRED ? "required keys missing:" + missingKeys(check, component, true)
+         : status == MISSING_OPTIONAL
+             ? "optional keys missing:" + missingKeys(check, component, false)
+             : "all answered";
 }
 
 std::string answerText(const Json& row) {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <system_error>
@@ -31,6 +32,10 @@ void throwIf(bool failed, const char* what) {
   }
 }
 
+std::string describeExit(std::uint32_t code) {
+  return code == 0 ? std::string() : "exit status " + std::to_string(code);
+}
+
 struct CloseFile {
   void operator()(std::FILE* file) const { (void)std::fclose(file); }
 };
@@ -54,10 +59,7 @@ std::string runAskProvider(const std::string& file, const std::string& seconds, 
   throwIf(status == -1 && errno != 0, "starting a process");
   constexpr std::uint32_t FIRST_EXCEPTION = 0xC0000000;
   const auto code = static_cast<std::uint32_t>(status);
-  if (code >= FIRST_EXCEPTION) {
-    return "exception " + Hex(code, 8);
-  }
-  return code == 0 ? std::string() : "exit status " + std::to_string(code);
+  return code >= FIRST_EXCEPTION ? "exception " + Hex(code, 8) : describeExit(code);
 }
 
 #else
@@ -90,8 +92,7 @@ std::string runAskProvider(const std::string& file, const std::string& seconds, 
     return "signal " + std::to_string(signal) +
            (description == nullptr ? std::string() : std::string(" (") + description + ')');
   }
-  const int code = WEXITSTATUS(status);
-  return code == 0 ? std::string() : "exit status " + std::to_string(code);
+  return describeExit(static_cast<std::uint32_t>(WEXITSTATUS(status)));
 }
 
 #endif

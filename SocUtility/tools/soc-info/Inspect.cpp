@@ -42,13 +42,13 @@ const AttemptOutcome& outcomeOf(const Json& provider) {
 
 Json chipOf(const SocInfo& record, const Json& identification) {
   const bool lacksRow = !record.isKnownChip && identification.at("reason").is_null();
-  return {{"name", record.name},
-          {"names", record.nameSet},
-          {"model", record.socModel},
-          {"chipId", identification.at("chipId")},
-          {"known", record.isKnownChip},
-          {"reason", lacksRow ? Json("the catalogue has no row for the identifier")
-                              : identification.at("reason")}};
+  return {
+      {"name", record.name},
+      {"names", record.nameSet},
+      {"model", record.socModel},
+      {"chipId", identification.at("chipId")},
+      {"known", record.isKnownChip},
+      {"reason", lacksRow ? Json("the catalogue has no row for it") : identification.at("reason")}};
 }
 
 /// Puts the library's answer into the capability's row, which has the core's value. Notes where the
@@ -86,11 +86,9 @@ std::string chipText(const Json& chip) {
 }
 
 std::string identifierText(const Json& chip) {
-  if (chip.at("chipId") == NO_CHIP_ID) {
-    return "none: " + Text(chip.at("reason"));
-  }
-  return Text(chip.at("chipId")) +
-         (chip.at("known") == true ? "" : ", for which the catalogue has no row");
+  const Json& id = chip.at("chipId");
+  const Json& reason = chip.at("reason");
+  return (id == NO_CHIP_ID ? "none" : Text(id)) + (reason.is_null() ? "" : ": " + Text(reason));
 }
 
 void writeLookedFor(std::ostream& out, const Json& names) {

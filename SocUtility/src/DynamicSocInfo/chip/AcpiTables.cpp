@@ -25,7 +25,7 @@ constexpr std::size_t LEVEL_1_ID_OFFSET = 8;
 constexpr std::size_t LEVEL_2_ID_OFFSET = 16;
 constexpr std::size_t IDS_END = 24;
 
-static_assert(std::endian::native == std::endian::little, "tables are read as they stand");
+static_assert(std::endian::native == std::endian::little, "tables are read as they are");
 
 template <class Number>
 Number numberAt(TableBytes bytes, std::size_t offset) {
@@ -87,7 +87,7 @@ std::optional<PpttIdStructure> FindPpttIdStructure(TableBytes pptt) noexcept {
     const TableBytes structure = table.subspan(offset);
     const std::uint8_t length = structure[STRUCTURE_LENGTH_OFFSET];
     if (length == 0) {
-      return std::nullopt;  // the walk would stand still
+      return std::nullopt;  // the walk would never end
     }
     if (structure.front() == ID_STRUCTURE_TYPE) {
       if (structure.size() < IDS_END) {
