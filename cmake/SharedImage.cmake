@@ -67,8 +67,7 @@ endfunction()
 
 # The library is loaded by the first call of one of its functions.
 function(zyn_delay_load target library)
-  target_sources(${target} PRIVATE
-    "${PROJECT_SOURCE_DIR}/SocUtility/src/platform/windows/DelayLoadFailure.cpp")
+  target_sources(${target} PRIVATE $<TARGET_OBJECTS:SocDelayLoadFailure>)
   if(MSVC)
     target_link_options(${target} PRIVATE /DELAYLOAD:${library})
     target_link_libraries(${target} PRIVATE delayimp)

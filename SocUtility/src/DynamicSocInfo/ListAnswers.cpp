@@ -10,7 +10,7 @@ namespace {
 constexpr std::uint32_t GPU_KEY_REFUSED_AS_UNKNOWN = 13;
 
 template <class List>
-std::uint32_t answerList(const List& list, std::uint32_t key, void* buffer, std::uint64_t* size) {
+std::uint32_t writeList(const List& list, std::uint32_t key, void* buffer, std::uint64_t* size) {
   const List* const firstDsp = &list;
   if (serialize<List>(buffer, size, {&firstDsp, 1})) {
     return SUCCESS;
@@ -26,7 +26,7 @@ std::uint32_t answerFrom(const Record& entry, std::uint32_t key, void* buffer,
       key,
       [&]<class T>(T Record::*field) {
         if constexpr (IS_LIST<T>) {
-          return answerList(entry.*field, key, buffer, size);
+          return writeList(entry.*field, key, buffer, size);
         } else if (COMPONENT == GPU && key == GPU_KEY_REFUSED_AS_UNKNOWN) {
           return RefuseUnknownKey(COMPONENT, key);
         } else {

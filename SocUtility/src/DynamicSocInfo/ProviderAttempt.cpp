@@ -1,6 +1,7 @@
 #include "DynamicSocInfo/ProviderAttempt.h"
 
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 
 #include "DynamicSocInfo/import/ProviderImport.h"
@@ -43,23 +44,31 @@ class AttemptLock {
   std::unique_lock<std::mutex> lock_{providerMutex, std::defer_lock};
 };
 
-enum class ImportOutcome { NOT_COUNTED, COUNTED, FAILED };
-
-/// Lets no exception out. What a provider throws may be of a type of its own, so it is gone before
-/// the provider is unloaded.
-ImportOutcome importFromProvider(SocInfo& record) noexcept try {
+/// Whether the import succeeded; nothing if an exception ended it. Lets none out: what a provider
+/// throws may be of a type of its own, so it is gone before the provider is unloaded.
+std::optional<bool> importFromProvider(SocInfo& record) noexcept try {
   ProviderLoader provider(ServiceUtilsOnly);
   if (!IsAcceptedProvider(provider)) {
-    return ImportOutcome::NOT_COUNTED;
+    return false;
   }
   try {
-    return ImportProviderCapabilities(provider, record) ? ImportOutcome::COUNTED
-                                                        : ImportOutcome::NOT_COUNTED;
+    return ImportProviderCapabilities(provider, record);
   } catch (...) {
-    return ImportOutcome::FAILED;
+    return std::nullopt;
   }
 } catch (...) {
-  return ImportOutcome::FAILED;
+  return std::nullopt;
+}
+
+/// `RunAttempt` for actions that are lambdas.
+template <class Attempt, class Abandon>
+void runAttempt(Attempt attempt, Abandon abandon) {
+  struct Actions {
+    Attempt& attempt;
+    Abandon& abandon;
+  } actions{attempt, abandon};
+  RunAttempt([](void* context) { static_cast<Actions*>(context)->attempt(); },
+             [](void* context) { static_cast<Actions*>(context)->abandon(); }, &actions);
 }
 
 }  // namespace
@@ -79,29 +88,18 @@ bool ProviderAttempt::AttemptUnderLock(SocInfo& record) {
   if (!IsNeeded()) {
     return false;  // made by another thread meanwhile
   }
-  struct Import {
-    SocInfo& record;
-    ProviderAttempt& attempt;
-    AttemptLock& lock;
-    ImportOutcome outcome;
-  } import{record, *this, lock, ImportOutcome::FAILED};
-  RunAttempt(
-      [](void* context) {
-        auto& running = *static_cast<Import*>(context);
-        running.outcome = importFromProvider(running.record);
-      },
-      [](void* context) {
-        // The program goes on after a fault in the provider, which nobody asks again.
-        auto& abandoned = *static_cast<Import*>(context);
-        abandoned.attempt.providerAttempted_.store(true, std::memory_order_release);
-        abandoned.lock.Release();
-      },
-      &import);
-  if (import.outcome == ImportOutcome::FAILED) {
-    throw std::runtime_error("import failed");
+  std::optional<bool> succeeded;
+  runAttempt([&] { succeeded = importFromProvider(record); },
+             [&] {
+               // No destructor runs. The program goes on, and nobody asks this provider again.
+               providerAttempted_.store(true, std::memory_order_release);
+               lock.Release();
+             });
+  if (!succeeded) {
+    throw std::runtime_error("an exception ended the import");
   }
   // The outcome first: whoever sees that the attempt was made must see how it ended.
-  recordConfirmed_.store(import.outcome == ImportOutcome::COUNTED, std::memory_order_release);
+  recordConfirmed_.store(*succeeded, std::memory_order_release);
   providerAttempted_.store(true, std::memory_order_release);
   return true;
 }

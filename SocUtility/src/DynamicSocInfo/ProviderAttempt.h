@@ -20,13 +20,13 @@ class ProviderAttempt {
   /// Makes the attempt unless it was made or is not needed. If several threads call, one makes it
   /// and the others wait. Returns whether this call made it.
   ///
-  /// Throws `std::runtime_error` when the import failed (the provider threw, or memory ran out):
-  /// the provider has been unloaded, and the next call makes the attempt. Throws it too when a
-  /// provider calls this, with an attempt needed, on the thread that is asking it. Throws
-  /// `std::system_error`.
+  /// Throws `std::runtime_error` when an exception ended the import (the provider threw, or memory
+  /// ran out): the provider has been unloaded, and the next call makes the attempt again. Throws it
+  /// too when a provider calls this on the thread that is asking it, and an attempt is needed.
+  /// Throws `std::system_error`.
   ///
-  /// If the program handles a hardware fault in the provider, the attempt counts as made without
-  /// success, and the provider stays loaded.
+  /// On Windows a program can handle a hardware fault in the provider and go on. Then the attempt
+  /// is over, without success, and the provider stays loaded.
   bool EnsureAttempted(SocInfo& record) { return IsNeeded() && AttemptUnderLock(record); }
 
   /// Whether the record came from the catalogue or an attempt succeeded.

@@ -38,11 +38,10 @@ QueryState& stateOf() {
 constinit std::atomic<const ScalarAnswers*> publishedAnswers{nullptr};
 
 /// Answers a scalar query as long as no answers are published. The arguments have been checked.
-std::uint32_t answerUnpublished(std::uint64_t component, std::uint64_t key, void* buffer,
-                                std::uint64_t* size) {
+std::uint32_t answerUnpublished(ScalarForm form, std::uint64_t component, std::uint64_t key,
+                                void* buffer, std::uint64_t* size) {
   QueryState& state = stateOf<QueryFunction::SCALAR>();
   const bool attemptedNow = state.attempt.EnsureAttempted(state.record);
-  const ScalarForm form = ScalarFormOf(component, key);
   if (state.attempt.RecordConfirmed()) {
     static const ScalarAnswers answers(state.record);
     publishedAnswers.store(&answers, std::memory_order_release);
@@ -75,7 +74,7 @@ std::uint32_t Soc_GetCapability(std::uint64_t component, std::uint64_t key, void
   }
   const ScalarAnswers* const answers = publishedAnswers.load(std::memory_order_acquire);
   return answers != nullptr ? answers->Answer(form, component, key, buffer, size)
-                            : answerUnpublished(component, key, buffer, size);
+                            : answerUnpublished(form, component, key, buffer, size);
 } catch (...) {
   return FAILURE;
 }

@@ -18,9 +18,12 @@ extern "C" {
 bool CallProvider(Soc_GetCapabilityFn* query, uint64_t component, uint64_t key, void* buffer,
                   uint64_t* size, uint32_t* status);
 
-/// Calls `attempt(context)`, which must not throw. If a handler of the program takes a hardware
-/// fault, the thread leaves `attempt` without returning. Then `abandon(context)` is called on the
-/// way, and memory owned by the frames in between leaks. `abandon` must not throw.
+/// Calls `attempt(context)`, which must not throw.
+///
+/// On Windows a handler of the program can take a hardware fault in the provider. Then the thread
+/// leaves `attempt` without returning. `abandon(context)`, which must not throw, is called on the
+/// way. No destructor runs, so memory owned by the frames in between leaks. On other systems
+/// `abandon` is never called.
 void RunAttempt(void (*attempt)(void* context), void (*abandon)(void* context), void* context);
 
 #ifdef __cplusplus

@@ -16,21 +16,22 @@ constexpr std::size_t WORD = sizeof(std::uint64_t);
 
 [[noreturn]] void failForSize() { throw std::runtime_error("reported size cannot be held"); }
 
-void resizeOrThrow(std::vector<std::uint8_t>& buffer, std::uint64_t size) {
-  if (!ResizeToReported(buffer, size)) {
+/// Runs an action whose memory is of a size that the provider chose: running out of it fails the
+/// call.
+template <class Action>
+auto withReportedSize(Action action) {
+  try {
+    return action();
+  } catch (const std::bad_alloc&) {
     failForSize();
   }
 }
 
-/// What `decode` makes of an answer. Its memory is of a size that the provider chose, so running
-/// out of it fails the call.
-template <class Decode>
-auto decodeReported(Decode decode) {
-  try {
-    return decode();
-  } catch (const std::bad_alloc&) {
+void resizeToReported(std::vector<std::uint8_t>& buffer, std::uint64_t size) {
+  if (size > LARGEST_ANSWER) {
     failForSize();
   }
+  withReportedSize([&] { buffer.resize(size); });
 }
 
 /// An answer of exactly the width of `Wire`.
@@ -60,6 +61,16 @@ bool tryRead(Out& out, std::string* failure, Read read) {
   }
 }
 
+/// The number of an answer that has exactly the width of `Wire`, converted to `Out`: an integer
+/// keeps its low bits, a flag is true unless the number is 0.
+template <class Wire, class Out>
+bool tryGetNumber(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, Out& out,
+                  std::string* failure) {
+  return tryRead(out, failure, [&] {
+    return static_cast<Out>(readExactly<Wire>(provider, component, key));
+  });
+}
+
 }  // namespace
 
 std::uint32_t AskOnce(Soc_GetCapabilityFn* query, std::uint32_t component, std::uint32_t key,
@@ -71,15 +82,25 @@ std::uint32_t AskOnce(Soc_GetCapabilityFn* query, std::uint32_t component, std::
   return status;
 }
 
-bool ResizeToReported(std::vector<std::uint8_t>& buffer, std::uint64_t size) noexcept {
-  if (size > LARGEST_ANSWER) {
-    return false;
-  }
-  try {
-    buffer.resize(size);
-    return true;
-  } catch (const std::bad_alloc&) {
-    return false;
+void AskGrowing(Soc_GetCapabilityFn* query, std::uint32_t component, std::uint32_t key,
+                std::vector<std::uint8_t>& buffer, WhenGrowing whenGrowing) {
+  while (true) {
+    std::uint64_t size = buffer.size();
+    switch (AskOnce(query, component, key, buffer.data(), &size)) {
+      case SUCCESS:
+        return resizeToReported(buffer, size);
+      case INSUFFICIENT_SIZE:
+        if (size <= buffer.size()) {
+          throw std::runtime_error("INSUFFICIENT_SIZE despite matching size");
+        }
+        if (whenGrowing == WhenGrowing::CLEAR) {
+          buffer.clear();
+        }
+        resizeToReported(buffer, size);
+        break;
+      default:
+        throw std::runtime_error("GetCapability failed");
+    }
   }
 }
 
@@ -89,24 +110,9 @@ std::vector<std::uint8_t> GetCapabilityBytes(ProviderLoader& provider, std::uint
     throw std::runtime_error("SoCServiceUtils not loaded");
   }
   std::vector<std::uint8_t> buffer(initialSize);
-  while (true) {
-    std::uint64_t size = buffer.size();
-    switch (AskOnce(provider.getCapability, component, key,
-                    buffer.empty() ? nullptr : buffer.data(), &size)) {
-      case SUCCESS:
-        resizeOrThrow(buffer, size);
-        return buffer;
-      case INSUFFICIENT_SIZE:
-        if (size <= buffer.size()) {
-          throw std::runtime_error("INSUFFICIENT_SIZE despite matching size");
-        }
-        buffer.clear();  // what a refused call left behind must not pass for an answer
-        resizeOrThrow(buffer, size);
-        break;
-      default:
-        throw std::runtime_error("GetCapability failed");
-    }
-  }
+  // What a refused call left behind must not pass for an answer.
+  AskGrowing(provider.getCapability, component, key, buffer, WhenGrowing::CLEAR);
+  return buffer;
 }
 
 std::vector<std::uint64_t> ReadU64Vector(ProviderLoader& provider, std::uint32_t component,
@@ -125,7 +131,7 @@ std::vector<std::uint64_t> ReadU64Vector(ProviderLoader& provider, std::uint32_t
   if (count * WORD != elementBytes) {
     throw std::runtime_error("vector buffer does not match expected size");
   }
-  return decodeReported([&] {
+  return withReportedSize([&] {
     std::vector<std::uint64_t> elements(count);
     if (count != 0) {
       std::memcpy(elements.data(), bytes.data() + WORD, elementBytes);
@@ -142,45 +148,39 @@ std::string ReadCapabilityString(ProviderLoader& provider, std::uint32_t compone
   if (end == bytes.end()) {
     throw std::runtime_error("missing null terminator");
   }
-  return decodeReported([&] { return std::string(bytes.begin(), end); });
+  return withReportedSize([&] { return std::string(bytes.begin(), end); });
 }
 
 bool TryGetU64(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
                std::uint64_t& out, std::string* failure) {
-  return tryRead(out, failure,
-                 [&] { return readExactly<std::uint64_t>(provider, component, key); });
+  return tryGetNumber<std::uint64_t>(provider, component, key, out, failure);
 }
 
 bool TryGetU32(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
                std::uint32_t& out, std::string* failure) {
-  return tryRead(out, failure, [&] {
-    return static_cast<std::uint32_t>(readExactly<std::uint64_t>(provider, component, key));
-  });
+  return tryGetNumber<std::uint64_t>(provider, component, key, out, failure);
 }
 
 bool TryGetU8(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
               std::uint8_t& out, std::string* failure) {
-  return tryRead(out, failure, [&] {
-    return static_cast<std::uint8_t>(readExactly<std::uint64_t>(provider, component, key));
-  });
+  return tryGetNumber<std::uint64_t>(provider, component, key, out, failure);
 }
 
-bool TryGetBool(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, bool& out,
-                std::string* failure) {
-  return tryRead(out, failure,
-                 [&] { return readExactly<std::uint64_t>(provider, component, key) != 0; });
+bool TryGetBool(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
+                bool& out, std::string* failure) {
+  return tryGetNumber<std::uint64_t>(provider, component, key, out, failure);
 }
 
-bool TryGetFloat(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, float& out,
-                 std::string* failure) {
-  return tryRead(out, failure, [&] { return readExactly<float>(provider, component, key); });
+bool TryGetFloat(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
+                 float& out, std::string* failure) {
+  return tryGetNumber<float>(provider, component, key, out, failure);
 }
 
 bool TryGetU32List(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
                    std::vector<std::uint32_t>& out, std::string* failure) {
   return tryRead(out, failure, [&] {
     const std::vector<std::uint64_t> elements = ReadU64Vector(provider, component, key);
-    return decodeReported([&] {
+    return withReportedSize([&] {
       std::vector<std::uint32_t> values(elements.size());
       std::ranges::transform(elements, values.begin(), [](std::uint64_t element) {
         return static_cast<std::uint32_t>(element);

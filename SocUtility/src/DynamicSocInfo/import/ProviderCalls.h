@@ -31,13 +31,17 @@ std::uint32_t AskOnce(Soc_GetCapabilityFn* query, std::uint32_t component, std::
 /// above any real capability, and low enough not to exhaust the process's memory.
 inline constexpr std::uint64_t LARGEST_ANSWER = std::uint64_t{64} << 20;
 
-/// Cuts `buffer` to `size` bytes, or extends it with zero bytes, for a size that a provider
-/// reported. Returns false, with `buffer` unchanged, if the size exceeds `LARGEST_ANSWER` or
-/// memory.
-bool ResizeToReported(std::vector<std::uint8_t>& buffer, std::uint64_t size) noexcept;
+/// The content of a buffer that is about to grow: zeroed, or kept and extended with zero bytes.
+enum class WhenGrowing { CLEAR, KEEP };
 
-/// The provider's answer, with the size that it reports. The call is repeated with a larger buffer
-/// as long as the provider asks for more. `initialSize` is the first buffer's size in bytes.
+/// Calls a query, first with `buffer` as it is, and again with a larger buffer as long as the
+/// provider asks for more. Then cuts `buffer` to the size that the provider reports, or extends it
+/// with zero bytes. A failure leaves `buffer` with the size that it had reached.
+void AskGrowing(Soc_GetCapabilityFn* query, std::uint32_t component, std::uint32_t key,
+                std::vector<std::uint8_t>& buffer, WhenGrowing whenGrowing);
+
+/// The provider's answer, with the size that it reports. `initialSize` is the first buffer's size
+/// in bytes.
 std::vector<std::uint8_t> GetCapabilityBytes(ProviderLoader& provider, std::uint32_t component,
                                              std::uint32_t key, std::size_t initialSize);
 

@@ -64,17 +64,8 @@ bool TryGetSerializedBytes(ProviderLoader& provider, std::uint32_t component, st
   if (provider.getCapabilitySerialized == nullptr) {
     return false;
   }
-  while (true) {
-    std::uint64_t size = buffer.size();
-    const std::uint32_t status =
-        AskOnce(provider.getCapabilitySerialized, component, key, buffer.data(), &size);
-    if (status == SUCCESS) {
-      return ResizeToReported(buffer, size);
-    }
-    if (status != INSUFFICIENT_SIZE || size <= buffer.size() || !ResizeToReported(buffer, size)) {
-      return false;
-    }
-  }
+  AskGrowing(provider.getCapabilitySerialized, component, key, buffer, WhenGrowing::KEEP);
+  return true;
 } catch (const std::runtime_error&) {
   return false;
 }

@@ -59,7 +59,7 @@ WideString environmentVariable(LPCWSTR name) {
   if (size == 0) {
     return {};
   }
-  WideString buffer(static_cast<std::size_t>(size) + 1, WCHAR{});
+  WideString buffer(size, WCHAR{});
   if (GetEnvironmentVariableW(name, buffer.data(), size) == 0) {
     return {};
   }
@@ -149,7 +149,7 @@ std::string wideToUtf8(const WideString& text) {
   if (size <= 0) {
     return {};
   }
-  // The size counts the terminator, which the string's own takes the place of.
+  // `size` counts a terminator. `std::string` adds its own.
   std::string bytes(static_cast<std::size_t>(size) - 1, '\0');
   if (WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, bytes.data(), size, nullptr, nullptr) <=
       0) {

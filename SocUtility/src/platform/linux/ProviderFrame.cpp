@@ -1,6 +1,6 @@
 // One ABI serves the C++ compilers of this system, so every exception passes to a handler. But each
-// library may have its own C++ runtime, as this one does. A hardware fault is a signal: a program's
-// handler must not jump out of it, since nothing runs on that way.
+// library may have its own C++ runtime, as this one does. A hardware fault is a signal. A program's
+// handler must not jump out of it, because no cleanup runs on a jump.
 #include "platform/ProviderFrame.h"
 
 #include <cxxabi.h>

@@ -1,30 +1,21 @@
-#include <fcntl.h>
+#include <stdio.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
 #include "platform/WindowsApi.h"
 
 namespace {
 
+struct CloseFile {
+  void operator()(FILE* file) const { (void)fclose(file); }
+};
+
 UINT failedWith(int error) {
   SetLastError(error == EACCES || error == EPERM ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
   return 0;
-}
-
-/// Reads exactly `size` bytes; false with `errno` on failure.
-bool readWhole(int file, BYTE* buffer, std::size_t size) {
-  std::size_t count = 0;
-  while (count < size) {  // the kernel delivers a page at a time
-    const ssize_t part = read(file, buffer + count, size - count);
-    if (part <= 0) {
-      return false;
-    }
-    count += static_cast<std::size_t>(part);
-  }
-  return true;
 }
 
 }  // namespace
@@ -41,12 +32,9 @@ UINT GetSystemFirmwareTable(DWORD, DWORD tableId, PVOID buffer, DWORD bufferSize
   if (size > bufferSize) {
     return size;
   }
-  const int file = open(path, O_RDONLY | O_CLOEXEC);
-  if (file < 0) {
+  const std::unique_ptr<FILE, CloseFile> file(fopen(path, "re"));
+  if (!file) {
     return failedWith(errno);
   }
-  const bool isRead = readWhole(file, static_cast<BYTE*>(buffer), size);
-  const int error = errno;
-  close(file);
-  return isRead ? size : failedWith(error);
+  return fread(buffer, 1, size, file.get()) == size ? size : failedWith(EIO);
 }
