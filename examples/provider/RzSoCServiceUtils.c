@@ -11,7 +11,7 @@
  *    Answers are copied.
  * 4. It should not query ZynSystemInfo: a query that needs an import of its own returns status 25.
  *
- * The import counts only if each required key is answered in its wire form. Any other key may be
+ * The import succeeds only if each required key is answered in its wire form. Any other key may be
  * refused; its capability then keeps its default. docs/providers.md has all rules. */
 #include <stddef.h>
 #include <stdint.h>
@@ -89,7 +89,7 @@ static const Number NUMBERS[] = {
     {DSP, 40, 11},
     {DSP, 41, 620},
     {DSP, 42, 1},
-    /* Optional, and without influence on whether the import counts. */
+    /* Optional: the import succeeds without it. */
     {CPU, 1, 12},
     {CPU, 2, 0x400000000},
     /* Required. */

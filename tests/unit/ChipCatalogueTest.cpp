@@ -37,7 +37,7 @@ TEST(ChipData, EveryChipHasItsKeysAndAtMostOneCompleteRow) {
   std::int32_t previousModel = 0;
   for (const ChipRow& row : CHIP_ROWS) {
     SCOPED_TRACE(row.socModel);
-    EXPECT_GT(row.socModel, previousModel);
+    EXPECT_GT(row.socModel, previousModel) << "sort the rows by their model";
     previousModel = row.socModel;
     EXPECT_EQ(chips.erase(row.chipId), 1U)
         << "no key leads to the row, or another row has its chip";
@@ -48,10 +48,10 @@ TEST(ChipData, EveryChipHasItsKeysAndAtMostOneCompleteRow) {
     EXPECT_FALSE(record.name.empty());
     EXPECT_EQ(record.sizeLimit, SIZE_LIMIT);
     ASSERT_EQ(record.dsps.size(), 1U);
-    EXPECT_EQ(record.dsps.front().cap41, row.socModel);
+    EXPECT_EQ(record.dsps.front().cap41, row.socModel) << "call fillCommon first";
     EXPECT_EQ(record.dsps.front().cap16.size(), 1U) << "this list has one element";
     ASSERT_EQ(record.gpus.size(), 1U);
-    EXPECT_FALSE(record.gpus.front().name.empty());
+    EXPECT_NE(record.gpus.front().name, GpuInfo(0).name) << "set the GPU's name";
     EXPECT_LE(record.gpus.front().name.size(), LONGEST_GPU_NAME) << "shorten the GPU's name";
   }
   // Those without a row, and what can be no chip's identifier.

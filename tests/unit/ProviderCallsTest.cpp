@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "AllocationFault.h"
+#include "DynamicSocInfo/import/KeyImport.h"
 #include "FakeProvider.h"
 
 namespace {
@@ -135,9 +136,14 @@ TEST(ProviderCalls, LetOtherExceptionsThrough) {
   EXPECT_THROW(TryGetString(provider.loader, DSP, KEY, text), std::bad_alloc);
 }
 
-TEST(ProviderCalls, NeedAProvider) {
+TEST(ProviderCalls, NeedAProviderAndAFormOfTheKey) {
   ProviderLoader none;
   EXPECT_EQ(U64(none), "SoCServiceUtils not loaded");
+  FakeProvider provider;
+  DspInfo dsp;
+  EXPECT_FALSE(TryImportKey(provider.loader, 35, dsp)) << "no capability";
+  EXPECT_FALSE(TryImportKey(provider.loader, 46, dsp)) << "a list without such a form";
+  EXPECT_TRUE(provider.asked.empty());
 }
 
 }  // namespace

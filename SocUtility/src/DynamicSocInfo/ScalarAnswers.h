@@ -23,8 +23,8 @@ struct ScalarForm {
 
 inline constexpr std::size_t SCALAR_KEYS = KeyTable<DspInfo>::FIELDS.size();
 
-/// A value for each component and key. The first row is that of `DSP`; the row of component 4,
-/// which does not exist, is unused.
+/// A value for each component and key. The first row is that of `DSP`. Component 4 does not exist;
+/// its row keeps the default value.
 template <class Value>
 using ScalarTable = std::array<std::array<Value, SCALAR_KEYS>, CPU - DSP + 1>;
 
@@ -116,7 +116,7 @@ class ScalarAnswers {
   template <class Record>
   void Encode(const Record& entry);
 
-  ScalarTable<std::uint64_t> bits_{};  ///< The bytes of each number's answer, from the first on.
+  ScalarTable<std::uint64_t> bits_{};  ///< Each number, widened to 64 bits.
   const char* name_;                   ///< The GPU's.
   std::uint64_t nameSize_;             ///< In bytes, with the NUL.
 };

@@ -66,9 +66,8 @@ bool tryRead(Out& out, std::string* failure, Read read) {
 template <class Wire, class Out>
 bool tryGetNumber(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, Out& out,
                   std::string* failure) {
-  return tryRead(out, failure, [&] {
-    return static_cast<Out>(readExactly<Wire>(provider, component, key));
-  });
+  return tryRead(out, failure,
+                 [&] { return static_cast<Out>(readExactly<Wire>(provider, component, key)); });
 }
 
 }  // namespace
@@ -166,13 +165,13 @@ bool TryGetU8(ProviderLoader& provider, std::uint32_t component, std::uint32_t k
   return tryGetNumber<std::uint64_t>(provider, component, key, out, failure);
 }
 
-bool TryGetBool(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-                bool& out, std::string* failure) {
+bool TryGetBool(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, bool& out,
+                std::string* failure) {
   return tryGetNumber<std::uint64_t>(provider, component, key, out, failure);
 }
 
-bool TryGetFloat(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
-                 float& out, std::string* failure) {
+bool TryGetFloat(ProviderLoader& provider, std::uint32_t component, std::uint32_t key, float& out,
+                 std::string* failure) {
   return tryGetNumber<float>(provider, component, key, out, failure);
 }
 

@@ -14,7 +14,7 @@ template <class Record>
 struct ImportKeys;
 
 /// Without the lists that such a provider has no form for (46, 47, 48), and without 45. Providers
-/// see the order, in which 17 follows the numbers that it belongs to.
+/// see this order: 17 comes after 25.
 template <>
 struct ImportKeys<DspInfo> {
   static constexpr std::uint8_t REQUIRED[] = {1,  2,  3,  4,  5,  6,  7,  8,  9,  10,

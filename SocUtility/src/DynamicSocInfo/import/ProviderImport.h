@@ -33,7 +33,7 @@ using ImportObserver = std::function<void(const AskedKey&)>;
 /// provider replace the record's values, without the observer. Imported values stay, whatever the
 /// result.
 ///
-/// \return Whether the import counts. It does not if the chip is unknown (`socModel` 0) and a
+/// \return Whether the import succeeded. It did not if the chip is unknown (`socModel` 0) and a
 ///         required DSP or GPU key was not imported. Throws `std::bad_alloc`, and what the provider
 ///         and `observer` throw.
 bool ImportProviderCapabilities(ProviderLoader& provider, SocInfo& record,

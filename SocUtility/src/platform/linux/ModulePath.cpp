@@ -1,11 +1,11 @@
-#include <limits.h>
 #include <link.h>
 #include <stdio.h>
+#include <stdlib.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <system_error>
 
@@ -13,15 +13,35 @@
 
 namespace {
 
-struct CloseFile {
-  void operator()(FILE* file) const { (void)fclose(file); }
+/// The kernel's list of this process's mappings, line by line: "FIRST-END ... PATH", with
+/// hexadecimal addresses.
+class Mappings {
+ public:
+  Mappings() = default;
+  ~Mappings() {
+    free(line_);
+    if (file_ != nullptr) {
+      (void)fclose(file_);
+    }
+  }
+  Mappings(const Mappings&) = delete;
+  Mappings& operator=(const Mappings&) = delete;
+
+  /// The next line without its end; empty after the last one.
+  std::string_view NextLine() {
+    const ssize_t length = file_ == nullptr ? 0 : getline(&line_, &capacity_, file_);
+    return length > 0 ? std::string_view(line_, static_cast<std::size_t>(length) - 1)
+                      : std::string_view();
+  }
+
+ private:
+  FILE* file_ = fopen("/proc/self/maps", "re");
+  char* line_ = nullptr;
+  std::size_t capacity_ = 0;
 };
 
-/// A line of the kernel's list of mappings: some fields and a path of up to `PATH_MAX` bytes.
-using MappingLine = std::array<char, std::size_t{2} * PATH_MAX>;
-
-/// Whether a line ("FIRST-END ...", hexadecimal) has the address.
-bool isMapping(std::string_view line, std::uintptr_t address) {
+/// Whether a line's mapping contains the address.
+bool contains(std::string_view line, std::uintptr_t address) {
   std::uintptr_t first = 0;
   std::uintptr_t end = 0;
   const char* const last = line.data() + line.size();
@@ -30,17 +50,12 @@ bool isMapping(std::string_view line, std::uintptr_t address) {
          first <= address && address < end;
 }
 
-/// The path of the file that is mapped at `address`, in `line`; empty when it cannot be found.
-std::string_view mappedPath(const void* address, MappingLine& line) {
-  const std::unique_ptr<FILE, CloseFile> mappings(fopen("/proc/self/maps", "re"));
-  while (mappings && fgets(line.data(), sizeof line, mappings.get()) != nullptr) {
-    std::string_view text(line.data());
-    if (!text.ends_with('\n')) {
-      break;  // a path that is too long: its rest could look like a line
-    }
-    if (isMapping(text, reinterpret_cast<std::uintptr_t>(address))) {
-      text.remove_suffix(1);
-      return text.substr(std::min(text.find('/'), text.size()));
+/// The path of the file that is mapped at `address`; empty when it cannot be found.
+std::string mappedPath(const void* address) {
+  Mappings mappings;
+  for (std::string_view line = mappings.NextLine(); !line.empty(); line = mappings.NextLine()) {
+    if (contains(line, reinterpret_cast<std::uintptr_t>(address))) {
+      return std::string(line.substr(std::min(line.find('/'), line.size())));
     }
   }
   return {};
@@ -50,9 +65,8 @@ std::string_view mappedPath(const void* address, MappingLine& line) {
 
 DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
   const auto* const map = reinterpret_cast<const link_map*>(module);
-  MappingLine line;
   // The program has no name, and a relative name does not tell in which directory it was opened.
-  const std::string_view full = *map->l_name == '/' ? map->l_name : mappedPath(map->l_ld, line);
+  const std::string full = *map->l_name == '/' ? map->l_name : mappedPath(map->l_ld);
   const std::size_t length = full.copy(path, size - 1);
   path[length] = '\0';
   if (length < full.size()) {

@@ -1,6 +1,6 @@
-// ADVAPI32 is loaded by the first call of one of its functions. When that fails, the two functions
-// that open something fail too, as on a system that has no service manager and not the key. Without
-// this hook a failed load would raise an exception.
+// ADVAPI32 is loaded by the first call of one of its functions. When that fails, the service manager
+// and the registry key cannot be opened, as if neither existed. Without this hook a failed load
+// would raise an exception.
 #include <cstring>
 
 #include "platform/WindowsApi.h"
