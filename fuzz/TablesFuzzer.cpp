@@ -33,8 +33,9 @@ class Dumps {
 
   /// A table without bytes is one that the machine lacks.
   void Write(const char* name, const std::vector<std::uint8_t>& bytes) const {
+    fs::remove(directory_ /
+               name);  // a file that is cut and written again may go to the disk at once
     if (bytes.empty()) {
-      fs::remove(directory_ / name);
       return;
     }
     std::ofstream file(directory_ / name, std::ios::binary);
@@ -72,8 +73,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::ostringstream warnings;
   try {
     const MachineTables tables = ReadDumps(dumps.Directory(), warnings);
-    print(Identify(tables), WriteIdentification);
-    print(Inspect(tables), WriteInspection);
+    const Json identification = Identify(tables);
+    print(identification, WriteIdentification);
+    if (identification.at("chipId") != 0) {  // all other machines have the same answers
+      print(Inspect(tables), WriteInspection);
+    }
   } catch (const InputError& error) {
     require(isText(error.what()));
   }
