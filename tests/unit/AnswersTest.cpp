@@ -185,7 +185,7 @@ template <class Record>
 std::string keysByAddress(const Record& record) {
   std::multimap<const void*, std::size_t> keys;
   for (std::size_t key = 0; key < KeyTable<Record>::FIELDS.size(); ++key) {
-    visitField<Record>(
+    VisitField<Record>(
         key, [&](auto field) { keys.emplace(&(record.*field), key); }, [] {});
   }
   std::string text;

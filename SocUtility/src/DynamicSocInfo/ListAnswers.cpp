@@ -22,7 +22,7 @@ template <class Record>
 std::uint32_t answerFrom(const Record& entry, std::uint32_t key, void* buffer,
                          std::uint64_t* size) {
   constexpr std::uint32_t COMPONENT = KeyTable<Record>::COMPONENT;
-  return visitField<Record>(
+  return VisitField<Record>(
       key,
       [&]<class T>(T Record::*field) {
         if constexpr (IS_LIST<T>) {

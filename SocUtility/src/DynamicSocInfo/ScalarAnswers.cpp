@@ -28,7 +28,7 @@ ScalarAnswers::ScalarAnswers(const SocInfo& record)
 template <class Record>
 void ScalarAnswers::Encode(const Record& entry) {
   for (std::size_t key = 0; key < KeyTable<Record>::FIELDS.size(); ++key) {
-    visitField<Record>(
+    VisitField<Record>(
         key,
         [&]<class T>(T Record::*field) {
           if constexpr (std::is_arithmetic_v<T>) {

@@ -30,7 +30,7 @@ using ScalarTable = std::array<std::array<Value, SCALAR_KEYS>, CPU - DSP + 1>;
 
 /// The form of a key whose field has type `T`.
 template <class T>
-constexpr ScalarForm formOfType() {
+constexpr ScalarForm FormOfType() {
   if constexpr (std::is_same_v<T, float>) {
     return {ScalarForm::FLOAT, sizeof(float)};
   } else if constexpr (std::is_same_v<T, std::string>) {
@@ -47,8 +47,8 @@ inline constexpr ScalarTable<ScalarForm> SCALAR_FORMS = [] {
   const auto addComponent = [&]<class Record>(KeyTable<Record> component) {
     auto& row = forms[component.COMPONENT - DSP];
     for (std::size_t key = 0; key < row.size(); ++key) {
-      row[key] = visitField<Record>(
-          key, []<class T>(T Record::*) { return formOfType<T>(); },
+      row[key] = VisitField<Record>(
+          key, []<class T>(T Record::*) { return FormOfType<T>(); },
           [] { return ScalarForm{ScalarForm::NO_KEY}; });
     }
   };

@@ -71,7 +71,7 @@ struct KeyTable<CpuInfo> {
 /// Calls `onField` with the pointer to the `Record` field that answers `key`, whatever its type, or
 /// `onNone` without arguments when the key is no capability. Both return the same type.
 template <class Record, class OnField, class OnNone>
-constexpr auto visitField(std::uint64_t key, OnField onField, OnNone onNone) {
+constexpr auto VisitField(std::uint64_t key, OnField onField, OnNone onNone) {
   constexpr const auto& FIELDS = KeyTable<Record>::FIELDS;
   return std::visit(
       [&]<class Member>(Member field) {

@@ -43,7 +43,7 @@ constexpr auto TYPED_CALL<U32List> = &TryGetU32List;
 template <class Record>
 bool TryImportKey(ProviderLoader& provider, std::uint32_t key, Record& entry,
                   std::string* failure) {
-  return visitField<Record>(
+  return VisitField<Record>(
       key,
       [&]<class T>(T Record::*field) {
         if constexpr (std::is_null_pointer_v<decltype(TYPED_CALL<T>)>) {

@@ -18,7 +18,7 @@ DspInfo importDsp(ProviderLoader& provider) {
   DspInfo entry;
   std::vector<std::uint8_t> scratch(8);
   for (std::uint32_t key = 1; key < KeyTable<DspInfo>::FIELDS.size(); ++key) {
-    visitField<DspInfo>(
+    VisitField<DspInfo>(
         key,
         [&]<class T>(T DspInfo::*field) {
           if constexpr (IS_LIST<T>) {
