@@ -8,7 +8,6 @@
 #include "AllocationFault.h"
 #include "DynamicSocInfo/chip/ChipData.h"
 #include "Machine.h"
-#include "ZynSystemInfo.h"
 
 namespace {
 
@@ -73,26 +72,6 @@ TEST(IdentifyChip, ReadsTheTablesAgainUntilAKeyWasLookedUp) {
       healthy.firmware = {{FADT_ID, ordinary}, {PPTT_ID, good}};
       EXPECT_EQ(IdentifyChip(), row.isKept ? row.chipId : chipId);
       EXPECT_EQ(healthy.CallsOf("GetSystemFirmwareTable 41435049"), row.isKept ? Calls() : all);
-    });
-  }
-}
-
-// The FADT alone identifies this machine, which `IdentifyChip` reads again whenever it is called.
-TEST(Queries, KeepTheIdentifierWhenTheRecordCannotBeBuilt) {
-  for (auto* const query : {Soc_GetCapability, Soc_GetCapabilitySerialized}) {
-    inOwnProcess([&] {
-      Machine machine;
-      machine.firmware = {{FADT_ID, tableOf({{24, FADT_RULE.oemRevision}})}};
-      std::uint64_t answer = 0;
-      std::uint64_t size = sizeof answer;
-      {
-        const AllocationFault fault(2);  // the first is the buffer of the tables
-        EXPECT_EQ(query(DSP, 1, &answer, &size), FAILURE);
-        EXPECT_TRUE(AllocationFault::Happened());
-      }
-      EXPECT_EQ(machine.calls.size(), 2U);
-      EXPECT_NE(query(DSP, 1, &answer, &size), FAILURE);
-      EXPECT_EQ(machine.CallsOf("GetSystemFirmwareTable 41435049").size(), 2U);
     });
   }
 }

@@ -24,26 +24,6 @@ void install(Machine& machine, const std::string& marking = "\x08",
   machine.registry[INFO_KEY]["LumarixEnabledDSPInfo"] = marking;
 }
 
-TEST(DriverLocation, AsksInThisOrderWithTheseRightsAndClosesAsItGoes) {
-  Machine machine;
-  install(machine);
-  EXPECT_EQ(locateDriverDirectory(), TVAM_DIRECTORY);
-  std::string calls;
-  for (const std::string& call : machine.calls) {
-    calls += call + ", ";
-  }
-  const std::string service =
-      "OpenSCManagerW 20000, OpenServiceW 1, QueryServiceConfigW size, LocalAlloc 0, "
-      "QueryServiceConfigW read, LocalFree, CloseServiceHandle, CloseServiceHandle, ";
-  const std::string path =
-      "GetEnvironmentVariableW size, GetEnvironmentVariableW read, "
-      "WideCharToMultiByte fde9 size, WideCharToMultiByte fde9 read, ";
-  const std::string registry =
-      "RegOpenKeyExA 20019, RegGetValueA 2 size, RegGetValueA 2 read, RegCloseKey, "
-      "RegOpenKeyExA 20019, RegGetValueA 8 size, RegGetValueA 8 read, RegCloseKey, ";
-  EXPECT_EQ(calls, service + path + registry);
-}
-
 TEST(DriverLocation, SurvivesTheFailureOfAnyCall) {
   constexpr int CALLS_OF_A_SERVICE = 9;
   constexpr int CALLS_BEFORE_DSP = CALLS_OF_A_SERVICE + 6;  // with the registry's

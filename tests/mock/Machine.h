@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <list>
@@ -64,12 +65,12 @@ struct Machine {
   /// What a test reads: the functions' names and those arguments that nothing is looked up by,
   /// numbers in hexadecimal.
   std::vector<std::string> calls;
-  /// The rest of each call that begins with `start`.
+  /// The rest of each call that begins with the words `start`.
   std::vector<std::string> CallsOf(const std::string& start) const {
     std::vector<std::string> rests;
     for (const std::string& call : calls) {
-      if (call.starts_with(start + ' ')) {
-        rests.push_back(call.substr(start.size() + 1));
+      if ((call + ' ').starts_with(start + ' ')) {
+        rests.push_back(call.substr(std::min(call.size(), start.size() + 1)));
       }
     }
     return rests;

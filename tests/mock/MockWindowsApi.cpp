@@ -138,12 +138,14 @@ BOOL K32EnumProcessModules(HANDLE, HMODULE* modules, DWORD size, LPDWORD needed)
 }
 
 SC_HANDLE OpenSCManagerW(LPCWSTR, LPCWSTR, DWORD access) {
-  const Call call("OpenSCManagerW", access);
+  const Call call("OpenSCManagerW");
+  EXPECT_EQ(access, STANDARD_RIGHTS_READ);
   return call.fails ? nullptr : static_cast<SC_HANDLE>(opened(&machine().services));
 }
 
 SC_HANDLE OpenServiceW(SC_HANDLE manager, LPCWSTR name, DWORD access) {
-  const Call call("OpenServiceW", access);
+  const Call call("OpenServiceW");
+  EXPECT_EQ(access, SERVICE_QUERY_CONFIG);
   auto& services = *reinterpret_cast<decltype(Machine::services)*>(manager);
   const auto service = services.find(name);
   const bool isFound = !call.fails && service != services.end();
@@ -168,7 +170,8 @@ BOOL QueryServiceConfigW(SC_HANDLE service, LPQUERY_SERVICE_CONFIGW config, DWOR
 BOOL CloseServiceHandle(SC_HANDLE) { return noteClosing("CloseServiceHandle") ? TRUE : FALSE; }
 
 HLOCAL LocalAlloc(UINT flags, SIZE_T size) {
-  const Call call("LocalAlloc", flags);
+  const Call call("LocalAlloc");
+  EXPECT_EQ(flags, LMEM_FIXED);
   return call.fails ? nullptr : opened(std::malloc(size));
 }
 
@@ -179,14 +182,16 @@ HLOCAL LocalFree(HLOCAL block) {
 }
 
 LSTATUS RegOpenKeyExA(HKEY, LPCSTR path, DWORD, REGSAM access, PHKEY key) {
-  const Call call("RegOpenKeyExA", access);
+  const Call call("RegOpenKeyExA");
+  EXPECT_EQ(access, KEY_READ);
   *key = call.fails ? nullptr : static_cast<HKEY>(opened(&machine().registry.at(path)));
   return call.fails ? ERROR_FILE_NOT_FOUND : ERROR_SUCCESS;
 }
 
 LSTATUS RegGetValueA(HKEY key, LPCSTR, LPCSTR name, DWORD flags, LPDWORD, PVOID data,
                      LPDWORD size) {
-  const Call call("RegGetValueA", flags, purpose(data));
+  const Call call("RegGetValueA");
+  EXPECT_EQ(flags, std::string_view(name) == "0" ? RRF_RT_REG_SZ : RRF_RT_REG_BINARY);
   const std::string& bytes = reinterpret_cast<Machine::Key*>(key)->at(name);
   if (data != nullptr) {
     bytes.copy(static_cast<char*>(data), *size);
@@ -214,7 +219,8 @@ DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size) {
 
 int WideCharToMultiByte(UINT codePage, DWORD, LPCWSTR wide, int, LPSTR bytes, int size, LPCSTR,
                         LPBOOL) {
-  const Call call("WideCharToMultiByte", codePage, purpose(bytes));
+  const Call call("WideCharToMultiByte");
+  EXPECT_EQ(codePage, CP_UTF8);
   const std::string converted = std::filesystem::path(wide).string();
   converted.copy(bytes, static_cast<std::size_t>(size));
   return call.fails ? 0 : static_cast<int>(converted.size()) + 1;
