@@ -21,10 +21,13 @@ def main():
     parser.add_argument("--providers", type=pathlib.Path, required=True, help="folder")
     parser.add_argument("--machines", type=pathlib.Path, required=True, help="folder")
     parser.add_argument("--launcher", default="", help="command that starts the client")
+    parser.add_argument("--block-tolerance", type=int, default=0,
+                        help="how far two counts of the same heap blocks may differ")
     options, rest = parser.parse_known_args()
     for name in ("library", "client", "providers", "machines"):
         setattr(Settings, name, getattr(options, name).resolve())
     Settings.launcher = options.launcher.split()
+    Settings.block_tolerance = options.block_tolerance
     # The first process through a launcher may start a whole system, which ends with the last one:
     # this one answers when the system is up, and stays until all tests have run.
     with subprocess.Popen([*Settings.launcher, Settings.client, Settings.library],

@@ -24,6 +24,7 @@ class Settings:
 
     library = client = providers = machines = None
     launcher = []
+    block_tolerance = 0
 
     @classmethod
     def is_windows(cls):
