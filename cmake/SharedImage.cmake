@@ -35,8 +35,7 @@ endfunction()
 function(zyn_export target)
   set(def "${ZYN_IMAGE_DIR}/ZynSystemInfo.def")
   if(WIN32)
-    # A copy in the build folder, whose place in the linker's command, which a PDB quotes and an image
-    # thereby depends on, is relative and so the same in every folder.
+    # A PDB quotes the linker's command. A copy has the same relative path in every build.
     configure_file("${def}" "${CMAKE_CURRENT_BINARY_DIR}/ZynSystemInfo.def" COPYONLY)
     set(def "${CMAKE_CURRENT_BINARY_DIR}/ZynSystemInfo.def")
     target_sources(${target} PRIVATE "${def}")
@@ -68,14 +67,12 @@ endfunction()
 # Without this data no exception crosses the boundary to x64 code. The toolchain has treated its own
 # libraries. The objects are treated here, so that any compiler will do, an llvm-mingw too.
 function(zyn_keep_thunk_unwind_data target)
-  find_package(Python3 COMPONENTS Interpreter)
-  if(Python3_Interpreter_FOUND)
-    set(script "${PROJECT_SOURCE_DIR}/scripts/toolchain/keep-thunk-unwind-data")
-    add_custom_command(TARGET ${target} PRE_LINK
-      COMMAND "${Python3_EXECUTABLE}" "${script}"
-              $<TARGET_OBJECTS:SocObjects> $<TARGET_OBJECTS:${target}>
-      COMMAND_EXPAND_LISTS VERBATIM)
-  endif()
+  find_package(Python3 REQUIRED COMPONENTS Interpreter)
+  set(script "${PROJECT_SOURCE_DIR}/scripts/toolchain/keep-thunk-unwind-data")
+  add_custom_command(TARGET ${target} PRE_LINK
+    COMMAND "${Python3_EXECUTABLE}" "${script}" $<TARGET_OBJECTS:${target}>
+            $<TARGET_OBJECTS:SocObjects> $<TARGET_OBJECTS:SocDelayLoadFailure>
+    COMMAND_EXPAND_LISTS VERBATIM)
 endfunction()
 
 # The library is loaded by the first call of one of its functions.
