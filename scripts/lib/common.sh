@@ -11,6 +11,16 @@ die() {
   exit 1
 }
 
+# logged LOG FUNCTION [ARGUMENT ...]: runs the function in a shell of its own, with its output in LOG.
+# If it fails, prints the end of LOG and exits.
+logged() {
+  local log=$1
+  shift
+  "$@" >"$log" 2>&1 & # not in the condition itself, where a failing command ends nothing
+  wait $! || die "$(tail -n 30 "$log")
+$1 has failed. All its output: $log"
+}
+
 # require PROBE=PACKAGE ...: installs the Debian packages whose probe (a command, or a file's absolute
 # path) is missing. Without apt, or without root or sudo, prints what is missing and exits.
 require() {

@@ -16,46 +16,12 @@ arm64_prepare() {
 
   step "Fetching Wine for ARM64"
   arm64_tree=$arm64_home/unfinished
-  logged fetch fetch_wine
+  logged "$arm64_home/fetch.log" fetch_wine
   unpack_wine
   step "Making a Wine system for ARM64"
-  logged wineboot arm64_session timeout 300 scripts/lib/run-wine-arm64 wineboot --init
+  logged "$arm64_home/wineboot.log" arm64_session timeout 300 scripts/lib/run-wine-arm64 wineboot --init
   mv "$arm64_tree" "$arm64_home/tree"
   arm64_tree=$arm64_home/tree
-}
-
-# logged NAME FUNCTION [ARGUMENT ...]: runs the function in a shell of its own, with its output in
-# NAME.log.
-logged() {
-  local log=$arm64_home/$1.log
-  shift
-  "$@" >"$log" 2>&1 & # not in the condition itself, where a failing command ends nothing
-  wait $! || die "$(tail -n 30 "$log")
-All output: $log"
-}
-
-# use_wine_suite: makes apt's commands of this shell use only the suite, for arm64 and for this machine,
-# and keep their downloads in the cache.
-use_wine_suite() {
-  local apt=$arm64_home/apt host mirror
-  host=$(dpkg --print-architecture)
-  mirror=$(debian_mirror)
-  mkdir -p "$apt"/{lists,cache/archives}/partial
-  : >"$apt/status"
-  printf '%s [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] %s %s main\n' \
-    deb "$mirror" "$wine_suite" deb-src "$mirror" "$wine_suite" >"$apt/sources"
-  cat >"$apt/configuration" <<END
-APT::Architectures { "$host"; "arm64"; };
-APT::Sandbox::User "root";
-Acquire::Languages "none";
-Dir::Cache "$apt/cache";
-Dir::Etc::sourcelist "$apt/sources";
-Dir::Etc::sourceparts "/dev/null";
-Dir::State::lists "$apt/lists";
-Dir::State::status "$apt/status";
-END
-  export APT_CONFIG=$apt/configuration
-  apt-get update -qq
 }
 
 # fetch_wine: fetches the packages of the programs and the C library. Their other dependencies serve
@@ -63,7 +29,7 @@ END
 fetch_wine() {
   local package
   mkdir -p "$arm64_home/debs"
-  use_wine_suite
+  use_suite "$arm64_home/apt" "$wine_suite" arm64
   cd "$arm64_home/debs"
   apt-get download -qq {libc6,libgcc-s1,libwine,wine64}:arm64 qemu-user
   for package in *.deb; do

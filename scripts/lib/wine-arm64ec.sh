@@ -16,7 +16,7 @@ arm64ec_prepare() {
     /usr/share/misc/config.guess=autotools-dev dpkg-source=dpkg-dev xz=xz-utils
   toolchain=$(scripts/toolchain/install)
   step "Building Wine's base DLLs for ARM64EC"
-  logged arm64ec build_arm64ec "$toolchain"
+  logged "$arm64_home/arm64ec.log" build_arm64ec "$toolchain"
   mv "$arm64_home/build/done" "$arm64_dlls"
   rm -rf "$arm64_home/build"
 }
@@ -34,7 +34,7 @@ build_arm64ec() {
 
 fetch_wine_source() {
   local version
-  use_wine_suite
+  use_suite "$arm64_home/apt" "$wine_suite" arm64
   version=$(awk '$1 == "libwine" { print $2 }' "$arm64_home/versions")
   apt-get source -qq --download-only "wine=$version"
   dpkg-source --no-check -x wine_*.dsc wine

@@ -5,11 +5,9 @@ oldest_clang=23 # the first that compiles -marm64x
 
 # packages: all that is fetched, from the first suite that has a Clang new enough.
 packages() {
-  local suite clang mirror
-  mirror=$(debian_mirror)
+  local suite clang
   for suite in stable testing unstable; do
-    write_apt_configuration "$mirror" "$suite"
-    apt-get update -qq
+    use_suite "$home/apt" "$suite"
     clang=$(apt-cache pkgnames clang- | sed -n 's/^clang-\([0-9]*\)$/\1/p' | sort -n | tail -n 1)
     ((${clang:-0} < oldest_clang)) || break
   done
@@ -35,31 +33,8 @@ packages() {
   } >"$home/versions"
 }
 
-# write_apt_configuration MIRROR SUITE: apt as on this machine, with one other suite, and folders and a record
-# of installed packages (none) of its own.
-write_apt_configuration() {
-  local apt=$home/apt
-  rm -rf "$apt"
-  mkdir -p "$apt"/{lists,cache/archives}/partial
-  : >"$apt/status"
-  printf '%s [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] %s %s main\n' \
-    deb "$1" "$2" deb-src "$1" "$2" >"$apt/sources"
-  cat >"$apt/configuration" <<END
-Dir::Etc::sourcelist "$apt/sources";
-Dir::Etc::sourceparts "/dev/null";
-Dir::State "$apt";
-Dir::State::lists "$apt/lists";
-Dir::State::status "$apt/status";
-Dir::Cache "$apt/cache";
-APT::Sandbox::User "root";
-APT::Install-Recommends "false";
-Acquire::Languages "none";
-END
-  export APT_CONFIG=$apt/configuration
-}
-
 missing() {
-  printf 'The mirror %s has no %s. docs/windows.md says what to do.\n' "$mirror" "$1"
+  printf "Debian's mirror has no %s. docs/windows.md says what to do.\n" "$1"
   return 1
 }
 
