@@ -64,6 +64,11 @@ enum {
 enum { SOC_DSP = 2, SOC_GPU = 3, SOC_CPU = 5 };
 
 #ifndef ZYN_NO_SHORT_NAMES
+#if defined(SUCCESS) || defined(UNSUPPORTED_COMPONENT) || defined(UNSUPPORTED_KEY) ||         \
+    defined(INSUFFICIENT_SIZE) || defined(NULL_BUFFER) || defined(FAILURE) || defined(DSP) || \
+    defined(GPU) || defined(CPU)
+#error "A short name is already a macro: define ZYN_NO_SHORT_NAMES before ZynSystemInfo.h"
+#endif
 /// The same values under short names, which the comments and documents use. If another header uses
 /// them too, define `ZYN_NO_SHORT_NAMES` before including this one. It then declares only names
 /// that begin with `Soc_`, `SOC_` or `ZYN_`.

@@ -13,6 +13,9 @@ headers() {
   tar -xf "$home"/sources/llvm-toolchain-*.orig.tar.* -C "$home/build" --exclude '*/test/*' \
     --wildcards '*/libcxx/*' '*/libcxxabi/*' '*/libunwind/*' '*/libc/shared/*' '*/libc/src/*' \
     '*/libc/hdr/*' '*/libc/include/*' '*/compiler-rt/lib/builtins/*'
+  # For the notices of packages, in the places that they have in an llvm-mingw.
+  cp "$home"/build/llvm-toolchain-*/libcxx/LICENSE.TXT "$home"
+  install -D -t "$home/share/mingw32" "$home"/build/mingw-w64-*/COPYING.MinGW-w64-runtime/*.txt
   cd "$home/build/headers"
   ../mingw-w64-*/mingw-w64-headers/configure --host=x86_64-w64-mingw32 \
     --prefix="$home/x86_64-w64-mingw32" --with-default-msvcrt=ucrt
