@@ -161,8 +161,8 @@ class SystemInfo:
                 query.restype = ctypes.c_uint32
         except (OSError, AttributeError) as error:
             raise LibraryError(
-                f"{path} cannot be loaded ({error}). Pass the library's path to SystemInfo, or put "
-                f"the library into {_FOLDER}.") from error
+                f"{path} cannot be loaded ({error}). Install this package's wheel, which has the "
+                "library inside, or pass the library's path to SystemInfo.") from error
         self._first_query_was_made = False
 
     def api_version(self) -> Tuple[int, int]:
@@ -219,11 +219,8 @@ class SystemInfo:
             capacity = size.value
 
 
-_FOLDER = os.path.dirname(os.path.abspath(__file__))
-
-
 def _default_library() -> str:
     # With a bare name Windows would search the program's folder and not this one.
     name = "ZynSystemInfo.dll" if sys.platform == "win32" else "libZynSystemInfo.so.0.1"
-    beside = os.path.join(_FOLDER, name)
+    beside = os.path.join(os.path.dirname(os.path.abspath(__file__)), name)
     return beside if os.path.exists(beside) else name
