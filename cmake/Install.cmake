@@ -3,7 +3,7 @@
 if(NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
-option(ZYN_INSTALL_STRIPPED "Install Linux files without debug information, and that apart" ON)
+option(ZYN_INSTALL_STRIPPED "Install debug information of Linux files as files of its own" ON)
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 include(cmake/Notices.cmake)
@@ -85,7 +85,7 @@ if(ZYN_BUILD_TOOLS)
 endif()
 
 # Laid out as in the source tree, so that the links in the texts hold. Left out is what only helps
-# those who build the library, in the README between its two marks.
+# those who build the library; the README marks it, and has no "<" in it.
 file(READ README.md readme)
 string(REGEX REPLACE "<!-- sources -->[^<]*<!-- /sources -->\n+" "" readme "${readme}")
 file(WRITE ${PROJECT_BINARY_DIR}/README.md "${readme}")
