@@ -95,16 +95,17 @@ install(FILES ${PROJECT_BINARY_DIR}/README.md CHANGELOG.md SECURITY.md ${notices
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
   FILES_MATCHING PATTERN "*.md" PATTERN "*.json"
   REGEX "(architecture|performance|releasing|windows).md$" EXCLUDE)
-install(DIRECTORY examples/c-client examples/cpp-client examples/node examples/python
+install(DIRECTORY examples/c-client examples/cpp-client examples/node
   examples/provider examples/machines
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
   PATTERN "__pycache__" EXCLUDE
   PATTERN "node_modules" EXCLUDE
-  REGEX "/python/(build|.*\\.egg-info)$" EXCLUDE # left there by pip
   PATTERN "*.asl" EXCLUDE
   PATTERN "*.inc" EXCLUDE
   PATTERN "rebuild" EXCLUDE
   REGEX "c-client/CMakeLists.txt$" EXCLUDE) # a part of this build
+
+install(DIRECTORY bindings DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN "__pycache__" EXCLUDE)
 
 string(TOLOWER "${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}" platform)
 set(CPACK_PACKAGE_VENDOR "The ZynSystemInfo developers")

@@ -54,6 +54,13 @@ require_build_tools() {
     /usr/include/CLI/CLI.hpp=libcli11-dev /usr/include/nlohmann/json.hpp=nlohmann-json3-dev "$@"
 }
 
+# require_wheel_tools: what scripts/wheels needs.
+require_wheel_tools() {
+  local modules=/usr/lib/python3/dist-packages
+  require cmake=cmake readelf=binutils $modules/build=python3-build \
+    $modules/setuptools=python3-setuptools $modules/wheel=python3-wheel
+}
+
 # configure PRESET [CMAKE_ARGUMENT ...]: configures if there is no build folder or arguments are given.
 configure() {
   local preset=$1

@@ -6,8 +6,8 @@
     info.get_list(Component.DSP, 16)  # [Value(dsp=0, value=6)]
 
 A refused query raises the subclass of SocError that is named after its status. If the chip is
-unknown and no provider library describes it, every get() raises Failure. This package needs Python
-3.8 and the library, ZynSystemInfo.dll or libZynSystemInfo.so.0.1.
+unknown and no provider library describes it, every get() raises Failure. A wheel of this package
+has the library inside. Without it, the package needs ZynSystemInfo.dll or libZynSystemInfo.so.0.1.
 """
 
 import ctypes
@@ -27,15 +27,26 @@ class Component(enum.IntEnum):
 
 
 class SocError(Exception):
-    """A query that failed. `status` is the library's status code."""
+    """A query that failed. It has the query's `component` and `key`, and the library's `status`."""
 
-    status = -1
+    _name = "an unknown status"
+    _meaning = "the library is of another version than this package"
+
+    def __init__(self, component: int, key: int, status: int) -> None:
+        super().__init__(component, key, status)
+        self.component, self.key, self.status = component, key, status
+
+    def __str__(self) -> str:
+        known = self.component in list(Component)
+        component = Component(self.component).name if known else f"component {self.component}"
+        return f"{component} key {self.key}: {self._name} (status {self.status}): {self._meaning}"
 
 
 class UnsupportedComponent(SocError):
     """The component is none of DSP, GPU and CPU."""
 
-    status = 2
+    _name = "UNSUPPORTED_COMPONENT"
+    _meaning = "components are DSP (2), GPU (3) and CPU (5)"
 
 
 class UnsupportedKey(SocError):
@@ -43,19 +54,8 @@ class UnsupportedKey(SocError):
     a scalar.
     """
 
-    status = 3
-
-
-class InsufficientSize(SocError):
-    """The buffer was too small. Never raised: this module repeats the query with a larger one."""
-
-    status = 4
-
-
-class NullBuffer(SocError):
-    """The buffer is null. Never raised: this module always passes one."""
-
-    status = 7
+    _name = "UNSUPPORTED_KEY"
+    _meaning = "there is no such key, or it is a list (get_list) or a scalar (get)"
 
 
 class Failure(SocError):
@@ -63,10 +63,15 @@ class Failure(SocError):
     Both raise it if the answer cannot be produced, for instance because memory ran out.
     """
 
-    status = 25
+    _name = "FAILURE"
+    _meaning = ("usually the chip is unknown and no provider library describes it (only get() fails "
+                "then); ZynSystemInfo's docs/troubleshooting.md has the fixes, "
+                "docs/capabilities.md all causes of this status")
 
 
-_ERRORS = {error.status: error for error in SocError.__subclasses__()}
+_SUCCESS = 0
+_INSUFFICIENT_SIZE = 4
+_ERRORS = {2: UnsupportedComponent, 3: UnsupportedKey, 25: Failure}
 
 
 class LibraryError(OSError):
@@ -109,6 +114,18 @@ def parse_list(key: int, data: bytes) -> List[Entry]:
     """The entries of a DSP list (key 16, 46, 47 or 48) from its bytes.
 
     Raises KeyError for another key and ValueError where the bytes are no such list.
+
+    >>> parse_list(16, bytes.fromhex("00000000 ffffffff"))
+    [Value(dsp=0, value=4294967295)]
+    >>> entry = bytes.fromhex("01000000 07000000") + b"ab" + bytes(30)
+    >>> parse_list(48, entry)
+    [NamedValue(dsp=1, value=7, name='ab')]
+    >>> parse_list(48, entry[:-1])
+    Traceback (most recent call last):
+    ValueError: 39 bytes are no whole entries of list 48
+    >>> parse_list(47, bytes(4) + b"x" * 32)
+    Traceback (most recent call last):
+    ValueError: a name without a NUL
     """
     entry_type, layout = _LAYOUTS[key]
     if len(data) % struct.calcsize(layout):
@@ -129,24 +146,24 @@ def _text_or_number(field: Union[int, bytes]) -> Union[int, str]:
 class SystemInfo:
     """A loaded library. May be shared by threads; a query releases the interpreter's lock."""
 
-    def __init__(self, library: Optional[str] = None) -> None:
+    def __init__(self, library: Union[str, "os.PathLike[str]", None] = None) -> None:
         """Loads `library`, a path; without one, the library in this package's folder or, where
         there is none, the one that the system's own search finds. Raises LibraryError.
         """
-        path = library or _default_library()
+        path = os.fspath(library or _default_library())
         try:
             self._library = ctypes.CDLL(path)
-        except OSError as error:
+            self._library.Soc_GetAPIVersion.argtypes = [ctypes.POINTER(ctypes.c_uint8)] * 2
+            for query in (self._library.Soc_GetCapability,
+                          self._library.Soc_GetCapabilitySerialized):
+                query.argtypes = [ctypes.c_uint64, ctypes.c_uint64, ctypes.c_void_p,
+                                  ctypes.POINTER(ctypes.c_uint64)]
+                query.restype = ctypes.c_uint32
+        except (OSError, AttributeError) as error:
             raise LibraryError(
-                f"{path} cannot be loaded ({error}). Pass the library's path to SystemInfo, or put "
-                f"the library into {_FOLDER}.") from error
+                f"{path} cannot be loaded ({error}). Install this package's wheel, which has the "
+                "library inside, or pass the library's path to SystemInfo.") from error
         self._first_query_was_made = False
-        byte = ctypes.POINTER(ctypes.c_uint8)
-        self._library.Soc_GetAPIVersion.argtypes = [byte, byte]
-        for query in (self._library.Soc_GetCapability, self._library.Soc_GetCapabilitySerialized):
-            query.argtypes = [ctypes.c_uint64, ctypes.c_uint64, ctypes.c_void_p,
-                              ctypes.POINTER(ctypes.c_uint64)]
-            query.restype = ctypes.c_uint32
 
     def api_version(self) -> Tuple[int, int]:
         """The interface's version: major and minor number."""
@@ -182,25 +199,28 @@ class SystemInfo:
 
     @staticmethod
     def _ask(query: Any, component: int, key: int, capacity: int) -> bytes:
-        """The first `*size` bytes at the buffer after a successful query."""
+        """The first `*size` bytes at the buffer after a successful query. A buffer that is too
+        small is replaced by a larger one.
+
+        >>> def query(component, key, buffer, size):
+        ...     offered, size._obj.value = size._obj.value, 100
+        ...     return _INSUFFICIENT_SIZE if offered < 100 else _SUCCESS
+        >>> len(SystemInfo._ask(query, Component.GPU, 4, 64))
+        100
+        """
         while True:
             buffer = ctypes.create_string_buffer(capacity)
             size = ctypes.c_uint64(capacity)
             status = query(component, key, buffer, ctypes.byref(size))
-            if status == 0:
+            if status == _SUCCESS:
                 return buffer.raw[:size.value]
-            if status != InsufficientSize.status or size.value <= capacity:
-                error = _ERRORS.get(status, SocError)(f"{component} {key}: status {status}")
-                error.status = status
-                raise error
+            if status != _INSUFFICIENT_SIZE or size.value <= capacity:
+                raise _ERRORS.get(status, SocError)(component, key, status)
             capacity = size.value
-
-
-_FOLDER = os.path.dirname(os.path.abspath(__file__))
 
 
 def _default_library() -> str:
     # With a bare name Windows would search the program's folder and not this one.
     name = "ZynSystemInfo.dll" if sys.platform == "win32" else "libZynSystemInfo.so.0.1"
-    beside = os.path.join(_FOLDER, name)
+    beside = os.path.join(os.path.dirname(os.path.abspath(__file__)), name)
     return beside if os.path.exists(beside) else name
