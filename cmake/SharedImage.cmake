@@ -65,6 +65,19 @@ function(zyn_add_import_library_for_x64 def)
   add_custom_target(ZynSystemInfoForX64 ALL DEPENDS "${library}")
 endfunction()
 
+# Without this data no exception crosses the boundary to x64 code. The toolchain has treated its own
+# libraries. The objects are treated here, so that any compiler will do, an llvm-mingw too.
+function(zyn_keep_thunk_unwind_data target)
+  find_package(Python3 COMPONENTS Interpreter)
+  if(Python3_Interpreter_FOUND)
+    set(script "${PROJECT_SOURCE_DIR}/scripts/toolchain/keep-thunk-unwind-data")
+    add_custom_command(TARGET ${target} PRE_LINK
+      COMMAND "${Python3_EXECUTABLE}" "${script}"
+              $<TARGET_OBJECTS:SocObjects> $<TARGET_OBJECTS:${target}>
+      COMMAND_EXPAND_LISTS VERBATIM)
+  endif()
+endfunction()
+
 # The library is loaded by the first call of one of its functions.
 function(zyn_delay_load target library)
   target_sources(${target} PRIVATE
@@ -85,6 +98,9 @@ function(zyn_shared_image target)
   endif()
   if(NOT MSVC)
     target_link_options(${target} PRIVATE -Wl,--gc-sections)
+  endif()
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "ARM64X")
+    zyn_keep_thunk_unwind_data(${target})
   endif()
   if(WIN32)
     # The import library's name is the one that every compiler for Windows finds.

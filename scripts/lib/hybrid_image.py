@@ -10,16 +10,18 @@ KINDS = {0: "ARM64", 1: "ARM64EC", 2: "x64"}
 
 # In the load configuration.
 CODE_METADATA, RELOCATIONS_OFFSET = 0xC8, 0xE0
+# In that metadata, IMAGE_ARM64EC_METADATA.
+RANGES, REDIRECTIONS, REDIRECTION_COUNT, UNWIND_TABLE = 4, 16, 52, 64
 ARM64X_RELOCATIONS = 6
 ZERO, VALUE, DELTA = 0, 1, 2
 
 
 def code_map(image):
     """The ranges of code of each kind; empty for an image with one kind alone."""
-    pointer = image.load_config("<Q", CODE_METADATA)
-    if not pointer or not pointer[0]:
+    metadata = _metadata(image)
+    if metadata is None:
         return []
-    address, count = image.read("<II", pointer[0] - image.base + 4)
+    address, count = image.read("<II", metadata + RANGES)
     ranges = []
     for i in range(count):
         start, length = image.read("<II", address + 8 * i)
@@ -31,6 +33,35 @@ def code_map(image):
 def kind_at(ranges, address):
     """The kind of the code at an address, None outside all ranges."""
     return next((kind for kind, start, end in ranges if start <= address < end), None)
+
+
+def unwind_table(view):
+    """The code's begin and end for each unwind entry of ARM64 and ARM64EC code, in the order of the
+    table that x64 processes search."""
+    address, size = view.read("<II", _metadata(view) + UNWIND_TABLE)
+    entries = (view.read("<II", at) for at in range(address, address + size, 8))
+    return [(begin, begin + _code_length(view, unwind)) for begin, unwind in entries]
+
+
+def _code_length(view, unwind):
+    if unwind & 3:  # all unwind data is in the entry
+        return 4 * (unwind >> 2 & 0x7FF)
+    return 4 * (view.read("<I", unwind)[0] & 0x3FFFF)
+
+
+def redirected_functions(view):
+    """The ARM64EC functions of the addresses that x64 code gets for exports and the entry point."""
+    address = view.read("<I", _metadata(view) + REDIRECTIONS)[0]
+    count = view.read("<I", _metadata(view) + REDIRECTION_COUNT)[0]
+    return [view.read("<I", address + 8 * i + 4)[0] for i in range(count)]
+
+
+def entry_thunk(view, ranges, function):
+    """The thunk through which x64 code enters an ARM64EC function; None if it has none, so that an
+    instruction or padding is before it."""
+    distance = view.read("<i", function - 4)[0]
+    thunk = function + (distance & ~3)
+    return thunk if distance & 3 == 1 and kind_at(ranges, thunk) == "ARM64EC" else None
 
 
 def x64_view(image):
@@ -48,6 +79,11 @@ def x64_view(image):
             value += -distance if argument & 1 else distance
             struct.pack_into("<I", data, at, value & 0xFFFFFFFF)
     return PeImage(bytes(data))
+
+
+def _metadata(image):
+    pointer = image.load_config("<Q", CODE_METADATA)
+    return pointer[0] - image.base if pointer and pointer[0] else None
 
 
 def _relocations(image):
