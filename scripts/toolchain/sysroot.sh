@@ -90,7 +90,7 @@ build_cpp_runtime() {
   mv "$prefix/lib/libbuiltins.a" "$resources/libclang_rt.builtins-$1.a"
 }
 
-# Without this exceptions could not cross the boundary to x64 code.
+# Without it no exception crosses the boundary to x64 code.
 thunk_unwind_data() {
   scripts/toolchain/keep-thunk-unwind-data "$home"/aarch64-w64-mingw32/lib/*.[ao] \
     "$("$home/bin/clang" -print-resource-dir)/lib/windows/libclang_rt.builtins-aarch64.a"
