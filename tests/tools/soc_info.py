@@ -16,6 +16,7 @@ MACHINES = pathlib.Path(os.environ["MACHINES"])
 SCHEMA = MACHINES.parent.parent / "docs" / "soc-info.schema.json"
 PROVIDER = os.environ["PROVIDER"]
 NO_PROVIDER = os.environ["NO_PROVIDER"]
+NO_VERSION = os.environ["NO_VERSION"]
 # Lines of its script: an exception of its own type at DSP 3, and one of the standard library, which
 # fails the key.
 OWN_FAULT, RUNTIME_ERROR = ("2 3 except 2 0 -", "2 3 except 4 0 -")
@@ -23,6 +24,14 @@ OWN_FAULT, RUNTIME_ERROR = ("2 3 except 2 0 -", "2 3 except 4 0 -")
 HOSTILE_NAME = "3 4 reply 0 7 1b5b33316dff00"
 HOSTILE_NAME_VALUE = "\x1b[31m\ufffd"
 HOSTILE_NAME_TEXT = r'"\u001b[31m\ufffd"'
+
+
+def for_other_machine(library):
+    """The bytes of a library, said to be for ARM64."""
+    image = bytearray(pathlib.Path(library).read_bytes())
+    machine = int.from_bytes(image[0x3C:0x40], "little") + 4 if ON_WINDOWS else 18
+    image[machine:machine + 2] = (0xAA64 if ON_WINDOWS else 183).to_bytes(2, "little")
+    return image
 
 
 def schema_faults(documents):
@@ -58,8 +67,8 @@ class Tests(unittest.TestCase):
 
         `before` is called in the new process before the tool is started there."""
         (self.folder / "provider.txt").write_text("".join(line + "\n" for line in script))
-        result = subprocess.run([*LAUNCHER, program, *arguments], capture_output=True, text=True,
-                                timeout=60, cwd=self.folder, preexec_fn=before)
+        result = subprocess.run([*LAUNCHER, program, *arguments], capture_output=True,
+                                timeout=60, cwd=self.folder, preexec_fn=before, encoding="utf-8")
         if "--json" in arguments and result.stdout:
             Tests.documents.append(result.stdout)
         return result
@@ -73,4 +82,5 @@ class Tests(unittest.TestCase):
 
     def assert_refused(self, result, message):
         self.assertEqual((result.returncode, result.stdout), (2, ""), result.stderr)
+        self.assertRegex(result.stderr, "^soc-info: ")
         self.assertIn(message, result.stderr)

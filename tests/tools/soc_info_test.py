@@ -21,56 +21,48 @@ class SocInfoTest(Tests):
             (self.folder / name).write_bytes(content)
         return self.folder
 
-    def test_first_lines_tell_the_chip_and_where_answers_come_from(self):
-        for machine, lines in {
-            "heron": ["HERON_411, also HERON_411_MOBILE", "101",
-                      "catalogue row 411; no provider is consulted"],
-            "dunlin": ["UNKNOWN_PLX", "202: the catalogue has no row for it", "unknown row"],
-            "unlisted": ["UNKNOWN_PLX", "none: the key is not in the map", "unknown row"],
-            "no-pptt": ["UNKNOWN_PLX", "none: the machine has no PPTT", "unknown row"],
-        }.items():
-            with self.subTest(machine):
-                output = self.run_tool("--tables", MACHINES / machine).stdout.splitlines()
-                self.assertEqual([line[13:] for line in output[:3]], lines)
-
-    def test_text_table_has_every_key_and_keeps_a_trailing_blank(self):
-        rows = self.run_tool("--tables", MACHINES / "heron").stdout.split("\n\n")[1].splitlines()
-        self.assertEqual(len(rows), 1 + 47 + 13 + 2)
-        self.assertIn('GPU          4  string             "Stilt 730 "  catalogue', rows)
-
-    def test_key_that_the_map_lacks_gives_the_line_to_add(self):
-        output = self.run_tool("identify", "--tables", MACHINES / "unlisted").stdout
-        self.assertEqual(output.splitlines()[-1], "    {0x0000004100000001, CHIP_NAME},")
-
-    def test_unusable_dumps_are_refused_by_name(self):
-        for name, tables, message in [
-            ("no FADT", {"PPTT": PPTT}, "holds no dump of the FADT"),
-            ("empty file", {"FACP": FACP, "pptt.dat": b""}, 'pptt.dat": empty'),
-            ("another table", {"FACP": FACP, "PPTT": FACP}, 'PPTT": no raw dump of the table PPTT'),
-            ("three bytes", {"FACP": b"FAC"}, 'FACP": no raw dump of the table FACP'),
-        ]:
-            with self.subTest(name), tempfile.TemporaryDirectory() as folder:
-                self.folder = pathlib.Path(folder)
-                result = self.run_tool("identify", "--tables", self.dump(**tables))
-                self.assert_refused(result, message)
-
-    def test_paths_that_are_no_dumps_are_refused(self):
+    def test_what_cannot_be_used_is_refused_by_name(self):
+        (self.folder / "file").touch()
+        (self.folder / "text.dll").write_text("text")
+        (self.folder / "other.dll").write_bytes(for_other_machine(LIBRARY))
+        rows = [
+            ({"PPTT": PPTT}, ["--tables", "."], "holds no dump of the FADT"),
+            ({"FACP": FACP, "pptt.dat": b""}, ["--tables", "."], 'pptt.dat": empty'),
+            ({"PPTT": FACP}, ["--tables", "."], 'PPTT": no raw dump of the table PPTT'),
+            ({"FACP": b"FAC"}, ["--tables", "."], 'FACP": no raw dump of the table FACP'),
+            ({}, ["--tables", "missing"], "missing"),
+            ({}, ["--tables", "file"], "not a directory"),
+            ({}, ["nonsense"], ""),
+            ({}, ["--tables"], ""),
+            ({}, ["capture"], ""),
+            ({}, ["--library", LIBRARY, "--tables", "."], "excludes"),
+            ({}, ["--library", LIBRARY, "identify"], "identify takes no --library"),
+            ({}, ["get", "DSP", "35"], 'no capability "DSP 35"'),
+            ({}, ["--library", "missing.dll"], 'missing.dll": '),
+            ({}, ["--library", "text.dll"], "it is no library: "),
+            ({}, ["--library", "other.dll"], "it is for another machine, "),
+            ({}, ["--library", PROVIDER], "lacks the export Soc_GetCapabilitySerialized"),
+            ({}, ["--library", "."], "not a regular file"),
+        ]
+        for tables, arguments, message in rows:
+            with self.subTest(arguments=arguments, message=message):
+                self.dump(**tables)
+                self.assert_refused(self.run_tool(*arguments), message)
+        (self.folder / "PPTT").unlink()
         self.dump(FACP=FACP)
-        self.assert_refused(self.run_tool("--tables", self.folder / "missing"), "missing")
-        self.assert_refused(self.run_tool("--tables", self.folder / "FACP"), "not a directory")
         (self.folder / "PPTT").mkdir()
-        self.assert_refused(self.run_tool("--tables", self.folder), 'PPTT": not a regular file')
+        self.assert_refused(self.run_tool("--tables", "."), 'PPTT": not a regular file')
         (self.folder / "PPTT").rmdir()
         if not ON_WINDOWS:
             (self.folder / "PPTT").symlink_to("nowhere")
-            self.assert_refused(self.run_tool("--tables", self.folder), 'PPTT": ')
+            self.assert_refused(self.run_tool("--tables", "."), 'PPTT": ')
         os.truncate(self.folder / "FACP", (16 << 20) + 1)
-        self.assert_refused(self.run_tool("--tables", self.folder), 'FACP": larger than 16 MiB')
+        self.assert_refused(self.run_tool("--tables", "."), 'FACP": larger than 16 MiB')
 
-    def test_bad_arguments_are_refused(self):
-        for arguments in [("nonsense",), ("--tables",), ("capture",), ("--json", "identify")]:
-            with self.subTest(arguments):
-                self.assert_refused(self.run_tool(*arguments), "")
+    def test_options_may_precede_the_command(self):
+        arguments = ["--tables", MACHINES / "heron"]
+        self.assertEqual(self.run_tool("--json", "identify", *arguments).stdout,
+                         self.run_tool("identify", *arguments, "--json").stdout)
         self.assertEqual(self.run_tool("--help").returncode, 0)
 
     def test_dump_that_is_cut_is_walked_to_its_end_with_a_warning(self):
@@ -97,15 +89,48 @@ class SocInfoTest(Tests):
         for directory in (capture, self.folder / "empty"):
             self.assert_refused(self.run_tool("capture", directory), "takes a new directory")
 
-    def with_provider(self, library, *script):
+    def with_provider(self, library, *script, status=0, arguments=()):
         """This machine's document, with a library in the provider's place."""
         program = self.install(library)
-        document = json.loads(self.run_tool("--json", program=program, script=script).stdout)
+        result = self.run_tool("--json", *arguments, program=program, script=script)
+        document = json.loads(result.stdout)
         if document["chip"]["known"]:
             self.skipTest("this machine's chip is known, so no provider is asked")
-        self.assertEqual(document["disagreements"], [])
+        self.assertEqual((result.returncode, document["disagreements"]), (status, []))
         rows = {(row["component"], row["key"]): row for row in document["capabilities"]}
         return document, rows
+
+    def test_provider_that_ends_the_process_is_named_with_its_key(self):
+        first = "its first query"
+        for script, what, at, verb in [
+            ("2 17 fault 0 0 -", "crash", "DSP 17", "crashes"),
+            ("2 17 quit 0 0 -", "exit", "DSP 17", "is ended"),
+            ("2 17 hang 0 0 -", "hang", "DSP 17", "hangs"),
+            ("0 1 quit 0 0 -", "exit", "load", "is ended"),
+            ("0 0 fault 0 0 -", "crash", "unload", "crashes"),
+        ]:
+            with self.subTest(script):
+                limit = ("--timeout", "1" if what == "hang" else "20")
+                document, rows = self.with_provider(PROVIDER, script, "3 4 fault 0 0 -", status=1,
+                                                    arguments=limit)
+                self.assertEqual((document["provider"]["state"], document["answersFrom"]),
+                                 ("stopped", None))
+                found = [(finding["what"], finding["at"]) for finding in document["findings"]]
+                self.assertEqual(found[:2], [(what if at != "unload" else "crash", first),
+                                             (what, at) if at != "unload" else ("crash", "GPU 4")])
+                self.assertEqual(("crash", "GPU 4") in found, at != "load")
+                self.assertEqual({row["status"] for row in rows.values()}, {None})
+                text = self.run_tool(*limit, program=self.install(PROVIDER),
+                                     script=[script]).stdout
+                self.assertRegex(text, f"program +a program that asks this library {verb} at {at}, "
+                                       'in ".*RzSoCServiceUtils.dll"')
+
+    def test_output_of_a_provider_is_not_in_the_document(self):
+        self.with_provider(PROVIDER, "2 17 write 1 0 text")
+
+    def test_library_that_cannot_be_loaded_or_survived(self):
+        program = self.install()
+        result = self.run_tool("--json", "--library", PROVIDER_AS_LIBRARY, program=program)
 
     def test_library_answers_and_sources_tell_provider_from_default(self):
         script = [HOSTILE_NAME, "2 43 reply 0 4 cdcccc3d", "2 44 reply 0 4 0000c07f",

@@ -30,7 +30,8 @@ Json GetCapability(const std::string& component, std::uint32_t key,
                    {"value", nullptr},
                    {"malformed", nullptr},
                    {"findings", library.findings}};
-  if (const Json& answer = library.answers[asked - all.begin()]; !answer.is_null()) {
+  const auto index = static_cast<std::size_t>(asked - all.begin());
+  if (const Json& answer = library.answers[index]; !answer.is_null()) {
     document.update(answer);
   }
   return document;

@@ -43,7 +43,7 @@ LibraryReport ReportOnLibrary(const std::string& file, double seconds,
   std::size_t from = 0;
   std::size_t end = all.size();
   if (only) {
-    from = std::ranges::find(all, *only, &Capability::id) - all.begin();
+    from = static_cast<std::size_t>(std::ranges::find(all, *only, &Capability::id) - all.begin());
     end = from + 1;
   }
   const Json job = {{"file", path.string()}, {"from", from}, {"end", end}};

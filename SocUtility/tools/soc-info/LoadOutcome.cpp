@@ -28,11 +28,13 @@ bool saysAbsent(const std::string& words, const std::string& name) {
 }
 #endif
 
-std::string whatItIs(const ImageFile& image) {
+/// Why the file itself cannot be loaded; empty if it can. The system's words may not say so: some
+/// loaders call an image for another machine absent.
+std::string faultOf(const ImageFile& image) {
   if (image.state == ImageFile::State::Image) {
-    return image.isForThisProcess ? "" : "; the file is for another machine: " + image.description;
+    return image.isForThisProcess ? "" : "it is for another machine, " + image.description + ": ";
   }
-  return image.state == ImageFile::State::OtherFile ? "; the file is no library" : "";
+  return image.state == ImageFile::State::OtherFile ? "it is no library: " : "";
 }
 
 }  // namespace
@@ -49,7 +51,7 @@ LoadOutcome OutcomeOfFailedLoad(const std::string& path) {
   if (image.state == ImageFile::State::Absent) {
     return {"absent", ""};
   }
-  return {"notLoaded", words + whatItIs(image)};
+  return {"notLoaded", faultOf(image) + words};
 }
 
 std::string WhyRejected(const ProviderLoader& library, const std::string& path) {
