@@ -6,9 +6,8 @@ import shutil
 import signal
 import unittest
 
-from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, NO_PROVIDER, NO_VERSION,
-                      ON_WINDOWS, OWN_FAULT, PROVIDER, RUNTIME_ERROR, Tests,
-                      for_other_machine)
+from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, MANGLED, NO_PROVIDER,
+                      NO_VERSION, ON_WINDOWS, OTHER_MACHINE, OWN_FAULT, PROVIDER, RUNTIME_ERROR, Tests)
 
 PASSES, FAILS, BAD_INPUT = 0, 1, 2
 
@@ -145,6 +144,8 @@ class CheckProviderTest(Tests):
             status, document, rows = self.check(library)
             self.assertEqual((status, document["state"], document["reason"], rows),
                              (FAILS, "rejected", reason, {}))
+        self.assertRegex(self.check(MANGLED)[1]["reason"],
+                         r'export Soc_GetCapability \(it has .*\); declare it extern "C"')
 
     def test_other_file_name_is_noted_and_the_file_is_the_one_named(self):
         shutil.copy(PROVIDER, self.folder / "a build.dll")
@@ -153,7 +154,7 @@ class CheckProviderTest(Tests):
         self.assertIn("note         found by the library only under the name Rz", result.stdout)
 
     def test_what_cannot_be_loaded_is_bad_input(self):
-        (self.folder / "other").write_bytes(for_other_machine(PROVIDER))
+        (self.folder / "other").write_bytes(OTHER_MACHINE)
         for file, message in [("missing.dll", 'missing.dll": '), (__file__, "it is no library: "),
                               ("other", "it is for another machine, "),
                               (".", "not a regular file")]:

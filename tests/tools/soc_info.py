@@ -7,6 +7,8 @@ import subprocess
 import tempfile
 import unittest
 
+import images
+
 SOC_INFO = os.environ["SOC_INFO"]
 LIBRARY = os.environ["LIBRARY"]
 OTHER_LIBRARY = os.environ["OTHER_LIBRARY"]
@@ -17,6 +19,7 @@ SCHEMA = MACHINES.parent.parent / "docs" / "soc-info.schema.json"
 PROVIDER = os.environ["PROVIDER"]
 NO_PROVIDER = os.environ["NO_PROVIDER"]
 NO_VERSION = os.environ["NO_VERSION"]
+MANGLED = str(pathlib.Path(NO_PROVIDER).with_name("Mangled.dll"))
 # Lines of its script: an exception of its own type at DSP 3, and one of the standard library, which
 # fails the key.
 OWN_FAULT, RUNTIME_ERROR = ("2 3 except 2 0 -", "2 3 except 4 0 -")
@@ -25,13 +28,8 @@ HOSTILE_NAME = "3 4 reply 0 7 1b5b33316dff00"
 HOSTILE_NAME_VALUE = "\x1b[31m\ufffd"
 HOSTILE_NAME_TEXT = r'"\u001b[31m\ufffd"'
 
-
-def for_other_machine(library):
-    """The bytes of a library, said to be for ARM64."""
-    image = bytearray(pathlib.Path(library).read_bytes())
-    machine = int.from_bytes(image[0x3C:0x40], "little") + 4 if ON_WINDOWS else 18
-    image[machine:machine + 2] = (0xAA64 if ON_WINDOWS else 183).to_bytes(2, "little")
-    return image
+OTHER_MACHINE = images.windows_image(images.ARM64) if ON_WINDOWS else images.elf_image(
+    images.ELF_ARM64)
 
 
 def schema_faults(documents):
@@ -76,8 +74,10 @@ class Tests(unittest.TestCase):
     def install(self, provider=None):
         """A copy of the tool in the folder, with the library, and a provider, beside it."""
         shutil.copy(LIBRARY, self.folder)
+        place = self.folder / "RzSoCServiceUtils.dll"
+        place.unlink(missing_ok=True)
         if provider:
-            shutil.copy(provider, self.folder / "RzSoCServiceUtils.dll")
+            shutil.copy(provider, place)
         return shutil.copy(SOC_INFO, self.folder)
 
     def assert_refused(self, result, message):

@@ -53,7 +53,7 @@ std::vector<Expected> expectedAnswers(const SocInfo& record, const ImportReport&
   }
   for (const Json& key : watched.keys) {
     const auto isKey = [&](const Expected& row) {
-      return ComponentName(row.capability.id.component) == key.at("component") &&
+      return key.at("component") == ComponentName(row.capability.id.component) &&
              row.capability.id.key == key.at("key");
     };
     const void* const field = std::ranges::find_if(rows, isKey)->capability.field;
