@@ -83,7 +83,7 @@ class CheckProviderTest(Tests):
             (["2 7 overrun 16 3 -"], [("overrun", "DSP 7", "8 bytes offered, 3 written before"),
                                       ("overrun", "DSP 7", "8 bytes offered, 16 written after")],
              56),
-            (["2 7 thread 1000 0 -", "2 8 length 0 0 -"],
+            (["2 7 thread 60000 0 -", "2 8 length 0 0 -"],
              [("threads", "unload", "1 left running"),
               ("differs", "DSP 8 of the second import", "first ")], 56),
             (["2 7 upward 0 0 -"], [("float", "unload", "rounding mode")], 56),

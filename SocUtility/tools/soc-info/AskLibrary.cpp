@@ -10,9 +10,10 @@
 #include "DynamicSocInfo/import/KeyImport.h"
 #include "DynamicSocInfo/import/ProviderCalls.h"
 #include "DynamicSocInfo/import/SystemInfoImport.h"
+#include "DynamicSocInfo/provider/DynamicLibrary.h"
 #include "DynamicSocInfo/provider/ProviderLoader.h"
 #include "LoadOutcome.h"
-#include "RunInfo.h"
+#include "Paths.h"
 #include "platform/WindowsApi.h"
 
 namespace fs = std::filesystem;
@@ -21,7 +22,7 @@ namespace {
 
 /// The version of the package that a library belongs to; null when its file does not have one.
 #ifdef _WIN32
-Json packageVersion(void* library, const std::string& /*path*/) {
+Json packageVersion(void* library, const fs::path& /*path*/) {
   auto* const module = static_cast<HMODULE>(library);
   const HRSRC resource = FindResourceA(module, MAKEINTRESOURCEA(VS_VERSION_INFO), RT_VERSION);
   // Two lengths, a type, the wide name "VS_VERSION_INFO" and padding.
@@ -37,7 +38,7 @@ Json packageVersion(void* library, const std::string& /*path*/) {
          std::to_string(HIWORD(info.dwProductVersionLS));
 }
 #else
-Json packageVersion(void* /*library*/, const std::string& path) {
+Json packageVersion(void* /*library*/, const fs::path& path) {
   // Programs load a link. The name of the file behind it ends with the whole version.
   constexpr std::string_view PREFIX = "libZynSystemInfo.so.";
   std::error_code ignored;
@@ -50,9 +51,11 @@ Json packageVersion(void* /*library*/, const std::string& path) {
 #endif
 
 /// What the library says of itself.
-Json describe(const ProviderLoader& library, const std::string& file) {
-  const std::string ownPath = ModulePath(reinterpret_cast<const void*>(library.getApiVersion));
-  const std::string path = ownPath.empty() ? file : ownPath;
+Json describe(const ProviderLoader& library) {
+  const fs::path path = ModulePath(library.handle);
+  // As the library learns it. A library whose path is too long for it does not search its folder.
+  std::string ownPath;
+  dlModulePath(reinterpret_cast<const void*>(library.getApiVersion), ownPath);
   std::uint8_t major = 0;
   std::uint8_t minor = 0;
   library.getApiVersion(&major, &minor);
@@ -60,8 +63,7 @@ Json describe(const ProviderLoader& library, const std::string& file) {
       {"description",
        {{"version", packageVersion(library.handle, path)},
         {"interface", std::to_string(major) + '.' + std::to_string(minor)},
-        {"path", path}}},
-      // A library whose path is too long for it does not search its own folder.
+        {"path", PathText(path)}}},
       {"directory", ownPath.empty() ? "" : fs::path(ownPath).parent_path().generic_string() + '/'}};
 }
 
@@ -117,15 +119,15 @@ void askEach(ProviderLoader& library, const std::string& file, JobReport& report
 void AskLibrary(JobReport& report) {
   const std::string file = report.Job().at("file");
   ProviderLoader library;
-  if (!library.Load(file, SYSTEM_INFO_LIBRARY)) {
-    report.Write({{"refused", OutcomeOfFailedLoad(file).reason}});
+  if (!LoadFile(library, PathOf(file), SYSTEM_INFO_LIBRARY)) {
+    report.Write({{"refused", OutcomeOfFailedLoad(PathOf(file)).reason}});
     return;
   }
-  if (const std::string reason = WhyRejected(library, file); !reason.empty()) {
+  if (const std::string reason = WhyRejected(library, PathOf(file)); !reason.empty()) {
     report.Write({{"refused", reason}});
     return;
   }
-  report.Write(describe(library, file));
+  report.Write(describe(library));
   report.Begin({file, FIRST_QUERY});
   std::vector<std::uint8_t> buffer;
   statusOf(library.getCapability, {DSP, 1}, buffer);

@@ -7,6 +7,7 @@
 #include "DynamicSocInfo/provider/ProviderLoader.h"
 #include "ForeignCode.h"
 #include "ImportReport.h"
+#include "Paths.h"
 #include "RunInfo.h"
 #include "ZynSystemInfo.h"
 
@@ -93,7 +94,7 @@ std::string_view verdictText(const Json& check) {
 
 Json CheckProvider(const fs::path& file, double seconds) {
   RequireRegularFile(file);
-  const std::string path = fs::absolute(file).string();
+  const std::string path = PathText(fs::absolute(file));
   // A build may be checked before it has the name that the library looks for.
   const ImportReport watched = ReportOnImport({{path, SERVICE_UTILS_LIBRARY}}, true, seconds);
   if (watched.state == "notFound" || watched.state == "notLoaded") {
@@ -102,7 +103,7 @@ Json CheckProvider(const fs::path& file, double seconds) {
   Json check = {{"schemaVersion", SCHEMA_VERSION},
                 {"command", "check-provider"},
                 {"run", RunInfo()},
-                {"file", fs::path(path).generic_string()},
+                {"file", path},
                 {"nameLookedFor", file.filename() == SERVICE_UTILS_LIBRARY},
                 {"state", watched.state},
                 {"reason", watched.reason},

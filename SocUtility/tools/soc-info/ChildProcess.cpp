@@ -139,9 +139,11 @@ void end(pid_t process) {
 
 #endif
 
+/// Leaves the file's position, which the child shares.
 std::int64_t sizeOf(int file) {
 #ifdef _WIN32
-  return _filelengthi64(file);
+  struct _stat64 state {};
+  return _fstat64(file, &state) == 0 ? state.st_size : 0;
 #else
   struct stat state {};
   return fstat(file, &state) == 0 ? state.st_size : 0;

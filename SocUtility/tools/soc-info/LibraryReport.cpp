@@ -6,36 +6,34 @@
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
 #include "DynamicSocInfo/chip/ChipData.h"
 #include "ForeignCode.h"
-#include "RunInfo.h"
+#include "Paths.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-std::string findLibrary() {
-  const fs::path folder =
-      fs::path(ModulePath(reinterpret_cast<const void*>(&findLibrary))).parent_path();
+fs::path findLibrary() {
+  const fs::path folder = OwnPath().parent_path();
   const fs::path beside = folder / SOC_INFO_LIBRARY;
   const fs::path inPackage = (folder / SOC_INFO_TO_LIBRARIES / SOC_INFO_LIBRARY).lexically_normal();
   for (const fs::path& path : {beside, inPackage}) {
     std::error_code ignored;
     if (fs::exists(path, ignored)) {
-      return path.string();
+      return path;
     }
   }
-  throw InputError("no library: there is neither " + Quoted(beside.generic_string()) + " nor " +
-                   Quoted(inPackage.generic_string()) + "; name one with --library FILE");
+  throw InputError("no library: there is neither " + Quoted(PathText(beside)) + " nor " +
+                   Quoted(PathText(inPackage)) + "; name one with --library FILE");
 }
 
 }  // namespace
 
 LibraryReport ReportOnLibrary(const std::string& file, double seconds,
                               const std::optional<CapabilityId>& only) {
-  const fs::path path = file.empty() ? fs::path(findLibrary()) : fs::absolute(file);
+  const fs::path path = file.empty() ? findLibrary() : fs::absolute(PathOf(file));
   RequireRegularFile(path);
   LibraryReport library;
-  library.description = {
-      {"version", nullptr}, {"interface", nullptr}, {"path", path.generic_string()}};
+  library.description = {{"version", nullptr}, {"interface", nullptr}, {"path", PathText(path)}};
   library.directory = path.parent_path().generic_string() + '/';
 
   const std::vector<Capability> all = CapabilitiesOf(BuildChipRecord(NO_CHIP_ID));
@@ -46,7 +44,7 @@ LibraryReport ReportOnLibrary(const std::string& file, double seconds,
     from = static_cast<std::size_t>(std::ranges::find(all, *only, &Capability::id) - all.begin());
     end = from + 1;
   }
-  const Json job = {{"file", path.string()}, {"from", from}, {"end", end}};
+  const Json job = {{"file", PathText(path)}, {"from", from}, {"end", end}};
   library.findings = RunForeignCode(job, seconds, [&](const Json& object) {
     if (object.contains("refused")) {
       throw InputError(path, Text(object.at("refused")));
@@ -61,5 +59,8 @@ LibraryReport ReportOnLibrary(const std::string& file, double seconds,
       library.answers.at(index) = answer;
     }
   });
+  for (Json& finding : library.findings) {
+    finding["library"] = library.description.at("path");  // without the links of `path`
+  }
   return library;
 }

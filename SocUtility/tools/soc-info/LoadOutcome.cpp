@@ -1,6 +1,5 @@
 #include "LoadOutcome.h"
 
-#include <array>
 #include <filesystem>
 
 #include "ImageFile.h"
@@ -14,17 +13,17 @@ namespace {
 
 /// The file that the platform finds for a bare name; empty where that cannot be told.
 #ifdef _WIN32
-fs::path foundFile(const std::string& name) {
-  std::array<char, MAX_PATH> path{};
-  const DWORD length =
-      SearchPathA(nullptr, name.c_str(), nullptr, path.size(), path.data(), nullptr);
-  return length < path.size() ? path.data() : "";
+fs::path foundFile(const fs::path& name) {
+  std::wstring path(32768, L'\0');
+  path.resize(SearchPathW(nullptr, name.c_str(), nullptr, static_cast<DWORD>(path.size()),
+                          path.data(), nullptr));
+  return path;
 }
-bool saysAbsent(const std::string& /*words*/, const std::string& /*name*/) { return true; }
+bool saysAbsent(const std::string& /*words*/, const fs::path& /*name*/) { return true; }
 #else
-fs::path foundFile(const std::string& /*name*/) { return {}; }
-bool saysAbsent(const std::string& words, const std::string& name) {
-  return words == name + ": cannot open shared object file: No such file or directory";
+fs::path foundFile(const fs::path& /*name*/) { return {}; }
+bool saysAbsent(const std::string& words, const fs::path& name) {
+  return words == name.string() + ": cannot open shared object file: No such file or directory";
 }
 #endif
 
@@ -39,11 +38,26 @@ std::string faultOf(const ImageFile& image) {
 
 }  // namespace
 
-LoadOutcome OutcomeOfFailedLoad(const std::string& path) {
+#ifdef _WIN32
+bool LoadFile(ProviderLoader& loader, const fs::path& file, std::string_view name) {
+  const HMODULE module = LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  // The system finds a loaded module by its name.
+  const bool isLoaded = module != nullptr && loader.Load(file.filename().string(), name);
+  if (module != nullptr) {
+    FreeLibrary(module);
+  }
+  return isLoaded;
+}
+#else
+bool LoadFile(ProviderLoader& loader, const fs::path& file, std::string_view name) {
+  return loader.Load(file.string(), name);
+}
+#endif
+
+LoadOutcome OutcomeOfFailedLoad(const fs::path& path) {
   const DWORD error = GetLastError();
   const std::string words = WhyLoadFailed(path, error);
-  const bool isBare = path.find_first_of("/\\") == std::string::npos;
-  const fs::path file = isBare ? foundFile(path) : fs::path(path);
+  const fs::path file = path.has_parent_path() ? path : foundFile(path);
   if (file.empty()) {
     return saysAbsent(words, path) ? LoadOutcome{"absent", ""} : LoadOutcome{"notLoaded", words};
   }
@@ -54,7 +68,7 @@ LoadOutcome OutcomeOfFailedLoad(const std::string& path) {
   return {"notLoaded", faultOf(image) + words};
 }
 
-std::string WhyRejected(const ProviderLoader& library, const std::string& path) {
+std::string WhyRejected(const ProviderLoader& library, const fs::path& path) {
   std::string reason;
   bool isMangled = false;
   for (const char* const name : library.MissingExports()) {

@@ -1,6 +1,7 @@
 /// Why a library was not loaded, or is not used.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -12,10 +13,13 @@ struct LoadOutcome {
   std::string reason;      ///< The system's words, and what the file is if that is the reason.
 };
 
-/// For the attempt of `ProviderLoader::Load` that just failed. For a bare name, the platform has
-/// searched.
-LoadOutcome OutcomeOfFailedLoad(const std::string& path);
+/// Loads a file as the provider of this name. On Windows, unlike `ProviderLoader::Load`, from any
+/// folder: that takes paths in the process's code page.
+bool LoadFile(ProviderLoader& loader, const std::filesystem::path& file, std::string_view name);
+
+/// For the attempt that just failed. For a bare name, the platform has searched.
+LoadOutcome OutcomeOfFailedLoad(const std::filesystem::path& path);
 
 /// Why an import, or `soc-info` itself, does not use a loaded library; empty if it does. `path` is
 /// the library's.
-std::string WhyRejected(const ProviderLoader& library, const std::string& path);
+std::string WhyRejected(const ProviderLoader& library, const std::filesystem::path& path);

@@ -14,6 +14,8 @@
 #include <string_view>
 #include <vector>
 
+#include "Paths.h"
+
 /// Keeps fields in the order in which they were added, so that documents can be compared by line.
 using Json = nlohmann::ordered_json;
 
@@ -55,7 +57,7 @@ class InputError : public std::runtime_error {
 
   /// "`path`: `reason`", the path escaped.
   InputError(const std::filesystem::path& path, const std::string& reason)
-      : std::runtime_error(Quoted(path.generic_string()) + ": " + reason) {}
+      : std::runtime_error(Quoted(PathText(path)) + ": " + reason) {}
 };
 
 /// Throws `InputError` unless `path` is a regular file or a link to one.

@@ -1,4 +1,3 @@
-#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <set>
@@ -9,31 +8,32 @@
 #include "DynamicSocInfo/provider/ProviderLoader.h"
 #include "GuardedBuffer.h"
 #include "LoadOutcome.h"
+#include "Paths.h"
 #include "ProcessState.h"
 #include "WatchedImport.h"
-#include "platform/WindowsApi.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
-std::string pathOf(void* module) {
-  std::array<char, 32768> path{};
-  GetModuleFileNameA(static_cast<HMODULE>(module), path.data(), path.size());
-  return std::filesystem::path(path.data()).generic_string();
-}
-
 /// Loads the first of the candidates that can be loaded, and returns its path; empty when none can.
 std::string load(ProviderLoader& provider, JobReport& report) {
+  const bool isCheck = report.Job().at("isCheck");
   for (const Json& candidate : report.Job().at("candidates")) {
-    const std::string path = candidate.at("path");
+    // A library searches with paths in the code page, as it gets them from the system.
+    const std::string text = candidate.at("path");
+    const fs::path path = isCheck ? PathOf(text) : fs::path(text);
     const auto addState = [&](const LoadOutcome& outcome) {
-      report.Write(
-          {{"candidate",
-            {{"path", path}, {"state", outcome.state}, {"reason", TextOrNull(outcome.reason)}}}});
+      report.Write({{"candidate",
+                     {{"path", PathText(path)},
+                      {"state", outcome.state},
+                      {"reason", TextOrNull(outcome.reason)}}}});
     };
-    report.Begin({path, "load"});
-    if (provider.Load(path, std::string(candidate.at("name")))) {
+    report.Begin({PathText(path), "load"});
+    const std::string name = candidate.at("name");
+    if (isCheck ? LoadFile(provider, path, name) : provider.Load(text, name)) {
       addState({"loaded", ""});
-      return pathOf(provider.handle);
+      return PathText(ModulePath(provider.handle));
     }
     addState(OutcomeOfFailedLoad(path));
   }
@@ -47,7 +47,7 @@ std::string importOnce(WatchedImport& watched, JobReport& report) {
   if (library.empty()) {
     return {};
   }
-  const std::string rejection = WhyRejected(provider, library);
+  const std::string rejection = WhyRejected(provider, PathOf(library));
   report.Write({{"library", library}, {"reason", TextOrNull(rejection)}});
   if (rejection.empty()) {
     report.Write({{"succeeds", watched.Run(provider, library)}});
@@ -60,7 +60,7 @@ std::string importOnce(WatchedImport& watched, JobReport& report) {
 void importAgain(WatchedImport& watched, const std::string& library, JobReport& report) {
   report.Begin({library, "second load"});
   ProviderLoader provider;
-  if (provider.Load(library, SERVICE_UTILS_LIBRARY) && IsAcceptedProvider(provider)) {
+  if (LoadFile(provider, PathOf(library), SERVICE_UTILS_LIBRARY) && IsAcceptedProvider(provider)) {
     watched.Repeat(provider);
   }
   report.Begin({library, "second unload"});
@@ -89,7 +89,7 @@ void WatchImport(JobReport& report) {
   if (const std::size_t count = CountThreadsSince(threads); count != 0) {
     report.AddFinding(Finding("threads", after, std::to_string(count) + " left running"));
   }
-  if (IsLoaded(library)) {
+  if (IsLoaded(PathOf(library))) {
     constexpr bool FAILS = false;
     report.AddFinding(Finding("loaded", after, "it stays loaded", FAILS));
   }

@@ -13,7 +13,16 @@
 #include "ForeignCode.h"
 #include "MachineTables.h"
 #include "Output.h"
+#include "Paths.h"
 #include "RunInfo.h"
+#ifdef _WIN32
+// clang-format off
+#include "platform/WindowsApi.h"  // first: the other relies on its types
+#include <shellapi.h>
+// clang-format on
+
+#include "DynamicSocInfo/provider/DriverLocation.h"
+#endif
 
 namespace {
 
@@ -54,8 +63,9 @@ int statusOf(const Json& document) {
 }
 
 int inspect(const Arguments& arguments) {
-  const Json document = arguments.tables.empty() ? Inspect(ReadThisMachine(), arguments.foreignCode)
-                                                 : Inspect(ReadDumps(arguments.tables, std::cerr));
+  const Json document = arguments.tables.empty()
+                            ? Inspect(ReadThisMachine(), arguments.foreignCode)
+                            : Inspect(ReadDumps(PathOf(arguments.tables), std::cerr));
   write(document, arguments, WriteInspection);
   return statusOf(document);
 }
@@ -72,7 +82,7 @@ int get(const Arguments& arguments) {
 
 int identify(const Arguments& arguments) {
   write(arguments.tables.empty() ? Identify(ReadThisMachine(), RunInfo())
-                                 : Identify(ReadDumps(arguments.tables, std::cerr)),
+                                 : Identify(ReadDumps(PathOf(arguments.tables), std::cerr)),
         arguments, WriteIdentification);
   return DONE;
 }
@@ -85,13 +95,13 @@ int capture(const Arguments& arguments) {
   }
   std::ostringstream document;
   WriteDocument(document, identification);
-  WriteDumps(arguments.path, tables, document.str());
+  WriteDumps(PathOf(arguments.path), tables, document.str());
   std::cout << "captured in " << Quoted(arguments.path) << '\n';
   return DONE;
 }
 
 int checkProvider(const Arguments& arguments) {
-  const Json check = CheckProvider(arguments.path, arguments.foreignCode.seconds);
+  const Json check = CheckProvider(PathOf(arguments.path), arguments.foreignCode.seconds);
   write(check, arguments, WriteCheck);
   return check.at("passes") == true ? DONE : FAILED;
 }
@@ -176,7 +186,7 @@ void refuseUselessOptions(const CLI::App& app, const CLI::App& command) {
   }
 }
 
-int run(int argc, char** argv) {
+int run(std::vector<std::string> words) {
   CLI::App app("Shows what this machine's system-on-chip can do, and where the answers come from.",
                "soc-info");
   Arguments arguments;
@@ -196,7 +206,8 @@ int run(int argc, char** argv) {
     }
   }
   try {
-    app.parse(argc, argv);
+    std::ranges::reverse(words);  // as CLI11 takes them
+    app.parse(words);
   } catch (const CLI::Success& asked) {
     return app.exit(asked);  // help or version
   } catch (const CLI::ParseError& error) {
@@ -213,11 +224,42 @@ int run(int argc, char** argv) {
   return std::ranges::find(COMMANDS, chosen.get_name(), &Command::name)->run(arguments);
 }
 
+/// What follows the program's name, in UTF-8.
+#ifdef _WIN32
+std::vector<std::string> wordsOf(int /*argc*/, char** /*argv*/) {
+  // `main` gets text in the process's code page, which need not have every letter of a path.
+  int count = 0;
+  wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::string> texts;
+  for (int i = 1; i < count; ++i) {
+    texts.push_back(wideToUtf8(words[i]));
+  }
+  LocalFree(words);
+  return texts;
+}
+
+/// Until it is destroyed, a console takes the text as UTF-8.
+class ConsoleText {
+ public:
+  ConsoleText() { SetConsoleOutputCP(CP_UTF8); }
+  ~ConsoleText() { SetConsoleOutputCP(before_); }
+  ConsoleText(const ConsoleText&) = delete;
+  ConsoleText& operator=(const ConsoleText&) = delete;
+
+ private:
+  UINT before_ = GetConsoleOutputCP();
+};
+#else
+std::vector<std::string> wordsOf(int argc, char** argv) { return {argv + 1, argv + argc}; }
+struct ConsoleText {};
+#endif
+
 }  // namespace
 
 int main(int argc, char** argv) try {
   OpenMissingStandardStreams();
-  const int status = run(argc, argv);
+  [[maybe_unused]] const ConsoleText consoleText;
+  const int status = run(wordsOf(argc, argv));
   if (!std::cout.flush()) {
     std::cerr << "soc-info: the output could not be written\n";
     return FAILED;
