@@ -1,74 +1,83 @@
 // soc-info: shows what the library answers on a machine, and why.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <vector>
 
-#include "AskProvider.h"
-#include "CheckProvider.h"
-#include "Identify.h"
-#include "Inspect.h"
-#include "InstalledLibrary.h"
+#include "ChildProcess.h"
+#include "Commands.h"
+#include "ForeignCode.h"
 #include "MachineTables.h"
 #include "Output.h"
 #include "RunInfo.h"
 
 namespace {
 
+constexpr int DONE = 0;
 constexpr int FAILED = 1;
 constexpr int BAD_INPUT = 2;
 
 constexpr const char* EXIT_CODES = R"(
 Exit status:
-  0  done; for check-provider, the import would count
-  1  the system failed (memory, the output), or the import would not count
+  0  done; for check-provider, the provider passes
+  1  the library or a provider fails, and the document's findings say how; for
+     check-provider, the provider does not pass; for get, there is no value;
+     or the system failed (memory, the output)
   2  bad arguments, a missing or unusable file, no library, tables that
      cannot be read)";
 
 /// The arguments of all commands; each reads its own.
 struct Arguments {
-  std::string tables;   ///< A directory of dumps; empty for this machine.
-  std::string library;  ///< A file; empty for the installed one.
-  std::string path;     ///< What `capture` makes, or what `check-provider` checks.
-  double seconds = 10;
-  int descriptor = -1;  ///< What `ask-provider` writes to.
+  std::string tables;  ///< A directory of dumps; empty for this machine.
+  std::string path;    ///< What `capture` makes, or what `check-provider` checks.
+  std::string component;
+  std::uint32_t key = 0;
+  ForeignCodeOptions foreignCode;
+  int descriptor = -1;  ///< What `child` writes to.
   bool json = false;
 };
-
-void addTables(CLI::App& command, Arguments& arguments) {
-  command
-      .add_option("--tables", arguments.tables,
-                  "Explain another machine: a directory with its raw tables FACP and PPTT")
-      ->option_text("DIR");
-}
-
-void addJson(CLI::App& command, Arguments& arguments) {
-  command.add_flag("--json", arguments.json, "Write one JSON document");
-}
 
 void write(const Json& document, const Arguments& arguments,
            void (*writeText)(std::ostream&, const Json&)) {
   (arguments.json ? WriteDocument : writeText)(std::cout, document);
 }
 
-void inspect(const Arguments& arguments) {
-  if (arguments.tables.empty()) {
-    InstalledLibrary library(arguments.library);
-    write(Inspect(ReadThisMachine(), &library), arguments, WriteInspection);
-  } else {
-    write(Inspect(ReadDumps(arguments.tables, std::cerr)), arguments, WriteInspection);
-  }
+/// The status of a document that can say what foreign code did wrong.
+int statusOf(const Json& document) {
+  const bool fails = std::ranges::any_of(
+      document.at("findings"), [](const Json& finding) { return finding.at("fails") == true; });
+  return fails ? FAILED : DONE;
 }
 
-void identify(const Arguments& arguments) {
+int inspect(const Arguments& arguments) {
+  const Json document = arguments.tables.empty() ? Inspect(ReadThisMachine(), arguments.foreignCode)
+                                                 : Inspect(ReadDumps(arguments.tables, std::cerr));
+  write(document, arguments, WriteInspection);
+  return statusOf(document);
+}
+
+int get(const Arguments& arguments) {
+  const Json document = GetCapability(arguments.component, arguments.key, arguments.foreignCode);
+  write(document, arguments, WriteValue);
+  if (document.at("value").is_null()) {
+    std::cerr << "soc-info: " << WhyNoValue(document) << '\n';
+    return FAILED;
+  }
+  return statusOf(document);
+}
+
+int identify(const Arguments& arguments) {
   write(arguments.tables.empty() ? Identify(ReadThisMachine(), RunInfo())
                                  : Identify(ReadDumps(arguments.tables, std::cerr)),
         arguments, WriteIdentification);
+  return DONE;
 }
 
-void capture(const Arguments& arguments) {
+int capture(const Arguments& arguments) {
   const MachineTables tables = ReadThisMachine();
   const Json identification = Identify(tables);
   if (tables.fadt.empty()) {
@@ -78,61 +87,91 @@ void capture(const Arguments& arguments) {
   WriteDocument(document, identification);
   WriteDumps(arguments.path, tables, document.str());
   std::cout << "captured in " << Quoted(arguments.path) << '\n';
+  return DONE;
 }
 
-void checkProvider(const Arguments& arguments) {
-  if (!std::isfinite(arguments.seconds)) {
-    throw InputError("--timeout takes a number");  // CLI11's range check lets "nan" pass
-  }
-  const Json check = CheckProvider(arguments.path, arguments.seconds);
+int checkProvider(const Arguments& arguments) {
+  const Json check = CheckProvider(arguments.path, arguments.foreignCode.seconds);
   write(check, arguments, WriteCheck);
-  if (check.at("importCounts") != true) {
-    throw CLI::RuntimeError(FAILED);
-  }
+  return check.at("passes") == true ? DONE : FAILED;
 }
 
-void addCommands(CLI::App& app, Arguments& arguments) {
-  addTables(app, arguments);
-  addJson(app, arguments);
-  app.add_option("--library", arguments.library, "The library to ask, instead of the installed one")
-      ->option_text("FILE")
-      ->excludes("--tables");
-  app.callback([&] {
-    if (app.get_subcommands().empty()) {
-      inspect(arguments);
-    }
-  });
+int runJob(const Arguments& arguments) {
+  RunJob(arguments.descriptor);
+  return DONE;
+}
 
-  CLI::App* command = app.add_subcommand("identify", "Show the steps of the chip's identification");
-  addTables(*command, arguments);
-  addJson(*command, arguments);
-  command->callback([&] { identify(arguments); });
+void addTables(CLI::App& command, Arguments& arguments) {
+  command
+      .add_option("--tables", arguments.tables,
+                  "Explain another machine: a directory with its raw tables FACP and PPTT")
+      ->option_text("DIR");
+}
 
-  command = app.add_subcommand("capture",
-                               "Save this machine's FADT and PPTT, and the document of identify");
-  command->add_option("DIR", arguments.path, "A new directory")->required();
-  command->callback([&] { capture(arguments); });
+void addLibrary(CLI::App& command, Arguments& arguments) {
+  command
+      .add_option("--library", arguments.foreignCode.library,
+                  "The library to ask, instead of the installed one")
+      ->option_text("FILE");
+}
 
-  command =
-      app.add_subcommand("check-provider", "Ask a provider library every key, as the import does");
-  command->add_option("FILE", arguments.path, "The library")->required();
-  addJson(*command, arguments);
-  command->add_option("--timeout", arguments.seconds, "Time limit of each step (default: 10)")
+void addTimeout(CLI::App& command, Arguments& arguments) {
+  command
+      .add_option("--timeout", arguments.foreignCode.seconds,
+                  "Time limit of each step of a library or provider (default: 10)")
       ->option_text("SECONDS")
       ->check(CLI::Range(0.001, 86400.0));
-  command->callback([&] { checkProvider(arguments); });
+}
 
-  command = app.add_subcommand("ask-provider")->group("");  // hidden: the child of check-provider
-  command->add_option("FILE", arguments.path)->required();
-  command->add_option("SECONDS", arguments.seconds)->required();
-  command->add_option("DESCRIPTOR", arguments.descriptor)->required();
-  command->callback([&] { AskProvider(arguments.path, arguments.seconds, arguments.descriptor); });
+void addJson(CLI::App& command, Arguments& arguments) {
+  command.add_flag("--json", arguments.json, "Write one JSON document");
+}
 
-  // Options before a subcommand would be parsed and have no effect.
-  for (CLI::App* const subcommand : app.get_subcommands({})) {
-    subcommand->footer(EXIT_CODES);
-    for (CLI::Option* const option : app.get_options()) {
-      subcommand->excludes(option);
+void addCapability(CLI::App& command, Arguments& arguments) {
+  command.add_option("COMPONENT", arguments.component, "DSP, GPU or CPU")->required();
+  command.add_option("KEY", arguments.key, "A number")->required();
+}
+
+void addDirectory(CLI::App& command, Arguments& arguments) {
+  command.add_option("DIR", arguments.path, "A new directory")->required();
+}
+
+void addFile(CLI::App& command, Arguments& arguments) {
+  command.add_option("FILE", arguments.path, "The library")->required();
+}
+
+void addDescriptor(CLI::App& command, Arguments& arguments) {
+  command.group("");  // hidden: the process that runs foreign code
+  command.add_option("DESCRIPTOR", arguments.descriptor)->required();
+}
+
+const struct Command {
+  std::string name;
+  std::string help;
+  int (*run)(const Arguments&);
+  std::vector<void (*)(CLI::App&, Arguments&)> options;
+} COMMANDS[] = {
+    {"get",
+     "Print the value of one capability",
+     get,
+     {addCapability, addLibrary, addTimeout, addJson}},
+    {"identify", "Show the steps of the chip's identification", identify, {addTables, addJson}},
+    {"capture",
+     "Save this machine's FADT and PPTT, and the document of identify",
+     capture,
+     {addDirectory}},
+    {"check-provider",
+     "Ask a provider library every key, as the import does, and watch it",
+     checkProvider,
+     {addFile, addTimeout, addJson}},
+    {"child", "", runJob, {addDescriptor}},
+};
+
+/// An option before a command is the program's own, and has no effect if the command lacks it.
+void refuseUselessOptions(const CLI::App& app, const CLI::App& command) {
+  for (const CLI::Option* const option : app.get_options()) {
+    if (!option->empty() && command.get_option_no_throw(option->get_name()) == nullptr) {
+      throw InputError(command.get_name() + " takes no " + option->get_name());
     }
   }
 }
@@ -145,24 +184,39 @@ int run(int argc, char** argv) {
   app.set_version_flag("--version", "soc-info " SOC_INFO_VERSION);
   app.require_subcommand(0, 1);
   app.footer(EXIT_CODES);
-  addCommands(app, arguments);
+  for (const auto add : {addTables, addLibrary, addTimeout, addJson}) {
+    add(app, arguments);
+  }
+  app.get_option("--tables")->excludes("--library")->excludes("--timeout");
+  for (const Command& command : COMMANDS) {
+    CLI::App* const subcommand = app.add_subcommand(command.name, command.help);
+    subcommand->footer(EXIT_CODES);
+    for (const auto add : command.options) {
+      add(*subcommand, arguments);
+    }
+  }
   try {
     app.parse(argc, argv);
-  } catch (const CLI::RuntimeError& status) {
-    return status.get_exit_code();  // how a command ends with a status of its own
-  } catch (const CLI::ExcludesError& error) {
-    throw InputError(app.get_subcommands().empty()
-                         ? std::string(error.what())
-                         : "put options after the subcommand, as in: soc-info identify --json");
+  } catch (const CLI::Success& asked) {
+    return app.exit(asked);  // help or version
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : BAD_INPUT;  // 0: help or version was asked for
+    throw InputError(error.what());
   }
-  return 0;
+  if (!std::isfinite(arguments.foreignCode.seconds)) {
+    throw InputError("--timeout takes a number");  // CLI11's range check lets "nan" pass
+  }
+  if (app.get_subcommands().empty()) {
+    return inspect(arguments);
+  }
+  const CLI::App& chosen = *app.get_subcommands().front();
+  refuseUselessOptions(app, chosen);
+  return std::ranges::find(COMMANDS, chosen.get_name(), &Command::name)->run(arguments);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) try {
+  OpenMissingStandardStreams();
   const int status = run(argc, argv);
   if (!std::cout.flush()) {
     std::cerr << "soc-info: the output could not be written\n";

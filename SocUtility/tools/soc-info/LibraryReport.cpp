@@ -1,0 +1,65 @@
+#include "LibraryReport.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "DynamicSocInfo/chip/ChipCatalogue.h"
+#include "DynamicSocInfo/chip/ChipData.h"
+#include "ForeignCode.h"
+#include "RunInfo.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string findLibrary() {
+  const fs::path folder =
+      fs::path(ModulePath(reinterpret_cast<const void*>(&findLibrary))).parent_path();
+  const fs::path beside = folder / SOC_INFO_LIBRARY;
+  const fs::path inPackage = (folder / SOC_INFO_TO_LIBRARIES / SOC_INFO_LIBRARY).lexically_normal();
+  for (const fs::path& path : {beside, inPackage}) {
+    std::error_code ignored;
+    if (fs::exists(path, ignored)) {
+      return path.string();
+    }
+  }
+  throw InputError("no library: there is neither " + Quoted(beside.generic_string()) + " nor " +
+                   Quoted(inPackage.generic_string()) + "; name one with --library FILE");
+}
+
+}  // namespace
+
+LibraryReport ReportOnLibrary(const std::string& file, double seconds,
+                              const std::optional<CapabilityId>& only) {
+  const fs::path path = file.empty() ? fs::path(findLibrary()) : fs::absolute(file);
+  RequireRegularFile(path);
+  LibraryReport library;
+  library.description = {
+      {"version", nullptr}, {"interface", nullptr}, {"path", path.generic_string()}};
+  library.directory = path.parent_path().generic_string() + '/';
+
+  const std::vector<Capability> all = CapabilitiesOf(BuildChipRecord(NO_CHIP_ID));
+  library.answers.resize(all.size());
+  std::size_t from = 0;
+  std::size_t end = all.size();
+  if (only) {
+    from = static_cast<std::size_t>(std::ranges::find(all, *only, &Capability::id) - all.begin());
+    end = from + 1;
+  }
+  const Json job = {{"file", path.string()}, {"from", from}, {"end", end}};
+  library.findings = RunForeignCode(job, seconds, [&](const Json& object) {
+    if (object.contains("refused")) {
+      throw InputError(path, Text(object.at("refused")));
+    }
+    if (object.contains("description")) {
+      library.description = object.at("description");
+      library.directory = object.at("directory");
+    } else {
+      Json answer = object.at("answer");
+      const std::size_t index = answer.at("index");
+      answer.erase("index");
+      library.answers.at(index) = answer;
+    }
+  });
+  return library;
+}
