@@ -1,5 +1,5 @@
-/* The service-utilities provider of the end-to-end tests and of the tool's: the example provider,
- * made to misbehave.
+/* The library in a provider's place, or in the product's, for all tests that run one: the example
+ * provider, made to misbehave.
  *
  * In the working directory of the process it reads provider.txt when it is loaded and writes
  * provider.log: "load", each question as "asked component key offered-size", "unload", and what a
@@ -7,9 +7,10 @@
  *
  * A line of provider.txt has six fields: component, key, action, two numbers, a text. The first
  * line that fits a question says how it is answered. A line for 0 1 says what loading does, and one
- * for 0 0 what unloading does:
+ * for 0 0 what unloading does. A line "0 2 version MAJOR MINOR -" changes the version.
  *
  *   reply STATUS SIZE HEX   returns STATUS and reports SIZE, whatever fits of the bytes written
+ *   value 0 SIZE HEX        the same with status 0, or asks for a larger buffer
  *   length 0 0 -            answers with the length of provider.log, so never the same twice
  *
  * These do something first. Then the example answers, if the process goes on:
@@ -25,7 +26,8 @@
  *   except KIND 0 -         lets an exception out (see Throwing.cpp)
  *   quit | abort | hang     ends the process, or never returns; two numbers and a text follow
  *
- * A question without a line is answered by the example. */
+ * A question without a line is answered by the example; one of the serialized query, which only a
+ * library with all three exports has, is answered with an empty list. */
 #define _GNU_SOURCE
 #include <fcntl.h>
 #include <fenv.h>
@@ -54,6 +56,7 @@ typedef uint32_t Query(uint64_t component, uint64_t key, void* buffer, uint64_t*
 Query ExampleGetCapability;
 PROVIDER_EXPORT uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor);
 PROVIDER_EXPORT Query Soc_GetCapability;
+PROVIDER_EXPORT Query Soc_GetCapabilitySerialized;
 void ThrowException(uint64_t kind);
 void Note(const char* text);
 
@@ -184,11 +187,12 @@ static void obey(const Rule* rule, uint8_t* buffer, uint64_t offered) {
       break;
     case 'q':
       exit(0);
-    case 'a':
-      abort();
-    default:
+    case 'h':
       for (volatile bool forever = true; forever;) {
       }
+      break;
+    default:
+      abort();
   }
 }
 
@@ -210,12 +214,16 @@ __attribute__((constructor)) static void onLoad(void) {
 __attribute__((destructor)) static void onUnload(void) { onStep("unload\n", 0); }
 
 uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
-  *major = 0;
-  *minor = 1;
+  Rule rule;
+  const bool isScripted = findRule(0, 2, &rule);
+  *major = isScripted ? (uint8_t)rule.status : 0;
+  *minor = isScripted ? (uint8_t)rule.size : 1;
   return 0;
 }
 
-uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
+/* Answers by the script, or else as `unscripted` does. */
+static uint32_t answer(Query* unscripted, uint64_t component, uint64_t key, void* buffer,
+                       uint64_t* size) {
   Rule rule;
   char line[96];
   (void)snprintf(line, sizeof line, "asked %" PRIu64 " %" PRIu64 " %" PRIu64 "\n", component, key,
@@ -223,6 +231,12 @@ uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint6
   const uint64_t logLength = addToLog(line);
   if (findRule(component, key, &rule)) {
     switch (rule.action) {
+      case 'v':
+        if (*size < rule.size) {
+          *size = rule.size;
+          return 4;
+        }
+        /* fall through */
       case 'r':
         writeHex(rule.text, buffer, *size);
         *size = rule.size;
@@ -234,5 +248,22 @@ uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint6
         obey(&rule, buffer, *size);
     }
   }
-  return ExampleGetCapability(component, key, buffer, size);
+  return unscripted(component, key, buffer, size);
+}
+
+uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
+  return answer(ExampleGetCapability, component, key, buffer, size);
+}
+
+static uint32_t getEmptyList(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
+  (void)component;
+  (void)key;
+  (void)buffer;
+  *size = 0;
+  return 0;
+}
+
+uint32_t Soc_GetCapabilitySerialized(uint64_t component, uint64_t key, void* buffer,
+                                     uint64_t* size) {
+  return answer(getEmptyList, component, key, buffer, size);
 }
