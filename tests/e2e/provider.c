@@ -1,25 +1,41 @@
-/* The service-utilities provider of the end-to-end tests and of the tool's: the example provider,
- * made to misbehave.
+/* The library in a provider's place, or in the product's, for all tests that run one: the example
+ * provider, made to misbehave.
  *
  * In the working directory of the process it reads provider.txt when it is loaded and writes
  * provider.log: "load", each question as "asked component key offered-size", "unload", and what a
  * call back into the product gave. It takes no memory from the heap: allocations are made to fail.
  *
  * A line of provider.txt has six fields: component, key, action, two numbers, a text. The first
- * line that fits a question says how it is answered, and one for 0 0 what unloading does:
+ * line that fits a question says how it is answered. A line for 0 1 says what loading does, and one
+ * for 0 0 what unloading does. A line "0 2 version MAJOR MINOR -" changes the version.
  *
  *   reply STATUS SIZE HEX   returns STATUS and reports SIZE, whatever fits of the bytes written
- *   call 0 0 LIBRARY        asks both queries of the product, then answers
- *   write FILE 0 TEXT       writes TEXT and a line's end to that descriptor, then answers
- *   signal NUMBER 0 -       raises that signal, then answers
+ *   value 0 SIZE HEX        the same with status 0, or asks for a larger buffer
+ *   length 0 0 -            answers with the length of provider.log, so never the same twice
+ *
+ * These do something first. Then the example answers, if the process goes on:
+ *
+ *   overrun AFTER BEFORE -  writes that many bytes behind the buffer, and before it
+ *   thread PERIOD 0 -       starts a thread that never ends, and wakes after so many milliseconds
+ *   upward 0 0 -            rounds floating-point numbers upward from now on
+ *   keep 0 0 LIBRARY        loads that library for good; its own path keeps the provider loaded
+ *   call 0 0 LIBRARY        asks both queries of the product
+ *   write FILE 0 TEXT       writes TEXT and a line's end to that descriptor
+ *   signal NUMBER 0 -       raises that signal
  *   fault 0 0 -             writes where nothing is
- *   except KIND 0 -         lets an exception out (see Throwing.cpp), then answers
+ *   except KIND 0 -         lets an exception out (see Throwing.cpp)
  *   quit | abort | hang     ends the process, or never returns; two numbers and a text follow
  *
- * A question without a line is answered by the example. */
+ * A question without a line is answered by the example; one of the serialized query, which only a
+ * library with all three exports has, is answered with an empty list. */
 #define _GNU_SOURCE
 #include <fcntl.h>
+#include <fenv.h>
 #include <inttypes.h>
+#if !defined(_WIN32)
+#include <poll.h>
+#include <pthread.h>
+#endif
 #include <signal.h>
 #include <stdbool.h>
 #include <stdio.h>
@@ -40,6 +56,7 @@ typedef uint32_t Query(uint64_t component, uint64_t key, void* buffer, uint64_t*
 Query ExampleGetCapability;
 PROVIDER_EXPORT uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor);
 PROVIDER_EXPORT Query Soc_GetCapability;
+PROVIDER_EXPORT Query Soc_GetCapabilitySerialized;
 void ThrowException(uint64_t kind);
 void Note(const char* text);
 
@@ -54,21 +71,18 @@ typedef struct {
 
 static char script[16384];
 
-/* Adds to the log. */
-void Note(const char* text) {
+/* Adds to the log and returns its length. */
+static uint64_t addToLog(const char* text) {
   const int file = open("provider.log", O_WRONLY | O_APPEND | O_CREAT, 0644);
   if (write(file, text, (unsigned)strlen(text)) < 0) {
     _exit(3);
   }
+  const uint64_t length = (uint64_t)lseek(file, 0, SEEK_END);
   close(file);
+  return length;
 }
 
-__attribute__((constructor)) static void onLoad(void) {
-  const int file = open("provider.txt", O_RDONLY);
-  (void)!read(file, script, sizeof script - 1);
-  close(file);
-  Note("load\n");
-}
+void Note(const char* text) { (void)addToLog(text); }
 
 /* Reads the script up to the first line that fits. */
 static bool findRule(uint64_t component, uint64_t key, Rule* rule) {
@@ -107,9 +121,50 @@ static void askBack(const char* library) {
   closeModule(product);
 }
 
-/* What is to be done before the answer. */
-static void obey(const Rule* rule) {
+/* The thread's period in milliseconds. The loop is the provider's own code, so a thread that wakes
+ * after the unloading crashes. */
+static unsigned period;
+
+#if defined(_WIN32)
+static DWORD WINAPI runForEver(void* unused) {
+  (void)unused;
+  for (;;) {
+    Sleep(period);
+  }
+}
+static void leaveThread(void) { CloseHandle(CreateThread(NULL, 0, runForEver, NULL, 0, NULL)); }
+#else
+static void* runForEver(void* unused) {
+  (void)unused;
+  while (poll(NULL, 0, (int)period) >= 0) {
+  }
+  return NULL;
+}
+static void leaveThread(void) {
+  pthread_t thread;
+  if (pthread_create(&thread, NULL, runForEver, NULL) == 0) {
+    pthread_detach(thread);
+  }
+}
+#endif
+
+/* What is to be done before the answer. Loading and unloading have no buffer. */
+static void obey(const Rule* rule, uint8_t* buffer, uint64_t offered) {
   switch (rule->action) {
+    case 'o':
+      memset(buffer + offered, 0xEE, (size_t)rule->status);
+      memset(buffer - rule->size, 0xEE, (size_t)rule->size);
+      break;
+    case 't':
+      period = (unsigned)rule->status;
+      leaveThread();
+      break;
+    case 'u':
+      (void)fesetround(FE_UPWARD);
+      break;
+    case 'k':
+      (void)openModule(rule->text);
+      break;
     case 'c':
       askBack(rule->text);
       break;
@@ -132,41 +187,83 @@ static void obey(const Rule* rule) {
       break;
     case 'q':
       exit(0);
-    case 'a':
-      abort();
-    default:
+    case 'h':
       for (volatile bool forever = true; forever;) {
       }
+      break;
+    default:
+      abort();
   }
 }
 
-__attribute__((destructor)) static void onUnload(void) {
+static void onStep(const char* step, uint64_t key) {
   Rule rule;
-  Note("unload\n");
-  if (findRule(0, 0, &rule)) {
-    obey(&rule);
+  Note(step);
+  if (findRule(0, key, &rule)) {
+    obey(&rule, NULL, 0);
   }
 }
+
+__attribute__((constructor)) static void onLoad(void) {
+  const int file = open("provider.txt", O_RDONLY);
+  (void)!read(file, script, sizeof script - 1);
+  close(file);
+  onStep("load\n", 1);
+}
+
+__attribute__((destructor)) static void onUnload(void) { onStep("unload\n", 0); }
 
 uint32_t Soc_GetAPIVersion(uint8_t* major, uint8_t* minor) {
-  *major = 0;
-  *minor = 1;
+  Rule rule;
+  const bool isScripted = findRule(0, 2, &rule);
+  *major = isScripted ? (uint8_t)rule.status : 0;
+  *minor = isScripted ? (uint8_t)rule.size : 1;
   return 0;
 }
 
-uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
+/* Answers by the script, or else as `unscripted` does. */
+static uint32_t answer(Query* unscripted, uint64_t component, uint64_t key, void* buffer,
+                       uint64_t* size) {
   Rule rule;
   char line[96];
   (void)snprintf(line, sizeof line, "asked %" PRIu64 " %" PRIu64 " %" PRIu64 "\n", component, key,
                  *size);
-  Note(line);
+  const uint64_t logLength = addToLog(line);
   if (findRule(component, key, &rule)) {
-    if (rule.action == 'r') {
-      writeHex(rule.text, buffer, *size);
-      *size = rule.size;
-      return (uint32_t)rule.status;
+    switch (rule.action) {
+      case 'v':
+        if (*size < rule.size) {
+          *size = rule.size;
+          return 4;
+        }
+        /* fall through */
+      case 'r':
+        writeHex(rule.text, buffer, *size);
+        *size = rule.size;
+        return (uint32_t)rule.status;
+      case 'l':
+        memcpy(buffer, &logLength, sizeof logLength);
+        return 0;
+      default:
+        obey(&rule, buffer, *size);
     }
-    obey(&rule);
   }
-  return ExampleGetCapability(component, key, buffer, size);
+  return unscripted(component, key, buffer, size);
+}
+
+uint32_t Soc_GetCapability(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
+  return answer(ExampleGetCapability, component, key, buffer, size);
+}
+
+static uint32_t getEmptyList(uint64_t component, uint64_t key, void* buffer, uint64_t* size) {
+  (void)component;
+  (void)key;
+  (void)buffer;
+  *size = 0;
+  return 0;
+}
+
+uint32_t Soc_GetCapabilitySerialized(uint64_t component, uint64_t key, void* buffer,
+                                     uint64_t* size) {
+  return answer(getEmptyList, component, key, buffer, size);
 }

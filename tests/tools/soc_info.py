@@ -7,6 +7,8 @@ import subprocess
 import tempfile
 import unittest
 
+import images
+
 SOC_INFO = os.environ["SOC_INFO"]
 LIBRARY = os.environ["LIBRARY"]
 OTHER_LIBRARY = os.environ["OTHER_LIBRARY"]
@@ -16,6 +18,8 @@ MACHINES = pathlib.Path(os.environ["MACHINES"])
 SCHEMA = MACHINES.parent.parent / "docs" / "soc-info.schema.json"
 PROVIDER = os.environ["PROVIDER"]
 NO_PROVIDER = os.environ["NO_PROVIDER"]
+NO_VERSION = os.environ["NO_VERSION"]
+MANGLED = str(pathlib.Path(NO_PROVIDER).with_name("Mangled.dll"))
 # Lines of its script: an exception of its own type at DSP 3, and one of the standard library, which
 # fails the key.
 OWN_FAULT, RUNTIME_ERROR = ("2 3 except 2 0 -", "2 3 except 4 0 -")
@@ -23,6 +27,9 @@ OWN_FAULT, RUNTIME_ERROR = ("2 3 except 2 0 -", "2 3 except 4 0 -")
 HOSTILE_NAME = "3 4 reply 0 7 1b5b33316dff00"
 HOSTILE_NAME_VALUE = "\x1b[31m\ufffd"
 HOSTILE_NAME_TEXT = r'"\u001b[31m\ufffd"'
+
+OTHER_MACHINE = images.windows_image(images.ARM64) if ON_WINDOWS else images.elf_image(
+    images.ELF_ARM64)
 
 
 def schema_faults(documents):
@@ -58,8 +65,8 @@ class Tests(unittest.TestCase):
 
         `before` is called in the new process before the tool is started there."""
         (self.folder / "provider.txt").write_text("".join(line + "\n" for line in script))
-        result = subprocess.run([*LAUNCHER, program, *arguments], capture_output=True, text=True,
-                                timeout=60, cwd=self.folder, preexec_fn=before)
+        result = subprocess.run([*LAUNCHER, program, *arguments], capture_output=True,
+                                timeout=60, cwd=self.folder, preexec_fn=before, encoding="utf-8")
         if "--json" in arguments and result.stdout:
             Tests.documents.append(result.stdout)
         return result
@@ -67,10 +74,13 @@ class Tests(unittest.TestCase):
     def install(self, provider=None):
         """A copy of the tool in the folder, with the library, and a provider, beside it."""
         shutil.copy(LIBRARY, self.folder)
+        place = self.folder / "RzSoCServiceUtils.dll"
+        place.unlink(missing_ok=True)
         if provider:
-            shutil.copy(provider, self.folder / "RzSoCServiceUtils.dll")
+            shutil.copy(provider, place)
         return shutil.copy(SOC_INFO, self.folder)
 
     def assert_refused(self, result, message):
         self.assertEqual((result.returncode, result.stdout), (2, ""), result.stderr)
+        self.assertRegex(result.stderr, "^soc-info: ")
         self.assertIn(message, result.stderr)

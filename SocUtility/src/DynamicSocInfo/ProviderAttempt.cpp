@@ -74,13 +74,9 @@ void runAttempt(Attempt attempt, Abandon abandon) {
 }  // namespace
 
 bool IsAcceptedProvider(const ProviderLoader& provider) {
-  const bool hasQuery = provider.handle != nullptr && provider.getApiVersion != nullptr &&
-                        provider.getCapability != nullptr;
-  if (provider.libraryName == SERVICE_UTILS_LIBRARY) {
-    return hasQuery;
-  }
-  return provider.libraryName == SYSTEM_INFO_LIBRARY && hasQuery &&
-         provider.getCapabilitySerialized != nullptr;
+  return provider.handle != nullptr && provider.MissingExports().front() == nullptr &&
+         (provider.libraryName == SERVICE_UTILS_LIBRARY ||
+          provider.libraryName == SYSTEM_INFO_LIBRARY);
 }
 
 bool ProviderAttempt::AttemptUnderLock(SocInfo& record) {

@@ -82,8 +82,6 @@ inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
 inline constexpr DWORD ERROR_ACCESS_DENIED = 5;
 inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
 inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
-inline constexpr DWORD ERROR_MOD_NOT_FOUND = 126;
-inline constexpr DWORD ERROR_BAD_EXE_FORMAT = 193;
 
 inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 0x8;
 inline constexpr DWORD GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT = 0x2;
@@ -117,7 +115,7 @@ UINT GetSystemFirmwareTable(DWORD provider, DWORD tableId, PVOID buffer, DWORD b
 // Library loader.
 
 /// Loads a library and takes one reference, which `FreeLibrary` drops. The platform searches for a
-/// name without a directory. Null on failure, sets the last error.
+/// name without a directory. Null on failure.
 HMODULE LoadLibraryExA(LPCSTR name, HANDLE file, DWORD flags);
 /// The handle of a loaded module, without a reference, or null.
 HMODULE GetModuleHandleA(LPCSTR name);

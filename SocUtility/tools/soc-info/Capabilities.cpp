@@ -75,6 +75,9 @@ std::string CapabilityName(const CapabilityId& id) {
 
 std::string ValueText(const Json& row) {
   const Json& value = row.at("value");
-  const bool isNoNumber = value.is_string() && row.at("type") == "f32";
-  return isNoNumber ? value.get<std::string>() : Compact(value);
+  if (!value.is_string()) {
+    return Compact(value);
+  }
+  const bool isNoNumber = row.at("type") == "f32";
+  return isNoNumber ? Text(value) : Quoted(Text(value));
 }

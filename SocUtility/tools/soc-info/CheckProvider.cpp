@@ -1,50 +1,19 @@
-#include "CheckProvider.h"
-
+#include <algorithm>
 #include <ostream>
-#include <sstream>
 
 #include "Capabilities.h"
-#include "ChildProcess.h"
+#include "Commands.h"
 #include "DynamicSocInfo/import/ProviderImport.h"
 #include "DynamicSocInfo/provider/ProviderLoader.h"
+#include "ForeignCode.h"
+#include "ImportReport.h"
+#include "Paths.h"
 #include "RunInfo.h"
 #include "ZynSystemInfo.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-/// Adds the child's lines to the document (see `AskProvider`).
-void addLines(Json& check, const std::string& output) {
-  std::istringstream lines(output);
-  for (std::string text; std::getline(lines, text);) {
-    const Json line = Json::parse(text);
-    if (line.contains("loadError")) {
-      throw InputError(fs::path(Text(check.at("file"))), Text(line.at("loadError")));
-    }
-    if (line.contains("asked")) {
-      check["keys"].push_back(line.at("asked"));
-    } else {
-      constexpr bool MERGE_OBJECTS = true;
-      check.update(line, MERGE_OBJECTS);
-    }
-  }
-}
-
-void addChildResult(Json& check, const ChildResult& child) {
-  std::string crash = child.failure;
-  try {
-    addLines(check, child.output);
-  } catch (const Json::exception&) {
-    crash = "it wrote to a descriptor that is not its own";
-  }
-  Json& stopped = check["stopped"];
-  if (crash.empty() && stopped.at("at") == "exit") {
-    stopped = nullptr;
-  } else if (stopped.at("how") == "crash") {
-    stopped["detail"] = crash.empty() ? "exit status 0" : crash;  // the library ended the process
-  }
-}
 
 /// The required or the optional keys of one component that were asked and not answered, each after
 /// a blank.
@@ -59,11 +28,8 @@ std::string missingKeys(const Json& check, std::uint32_t component, bool require
   return keys;
 }
 
-/// The import status of one component; null when not every key was asked.
-Json statusOf(const Json& check, std::uint32_t component) {
-  if (check.at("importCounts").is_null()) {
-    return nullptr;
-  }
+/// The import status of one component.
+ImportStatus statusOf(const Json& check, std::uint32_t component) {
   return !missingKeys(check, component, true).empty()    ? MISSING_REQUIRED
          : !missingKeys(check, component, false).empty() ? MISSING_OPTIONAL
                                                          : IMPORTED_ALL;
@@ -72,7 +38,7 @@ Json statusOf(const Json& check, std::uint32_t component) {
 std::string statusText(const Json& check, std::uint32_t component) {
   const Json& status = check.at("statuses").at(ComponentName(component));
   if (status.is_null()) {
-    return "not all were asked";
+    return "not all could be asked";
   }
   return status == MISSING_REQUIRED ? "required keys missing:" + missingKeys(check, component, true)
          : status == MISSING_OPTIONAL
@@ -100,36 +66,54 @@ void writeKeys(std::ostream& out, const Json& keys) {
   WriteTable(out, rows);
 }
 
+/// Whether this finding, or how the import ends, fails the check.
+bool passes(const ImportReport& watched) {
+  return watched.state == "succeeded" &&
+         std::ranges::none_of(watched.findings,
+                              [](const Json& finding) { return finding.at("fails") == true; });
+}
+
+/// What a process with an unknown chip gets from the provider.
 std::string_view verdictText(const Json& check) {
-  if (!check.at("stopped").is_null()) {
-    return "a process with an unknown chip would not come unharmed out of the import";
+  const Json& state = check.at("state");
+  if (state == "stopped") {
+    return "fails: a process with an unknown chip would not come unharmed out of the import";
   }
-  if (!check.at("exception").is_null()) {
-    return "for an unknown chip every query would fail with 25, and ask the provider again";
+  if (state == "exception") {
+    return "fails: for an unknown chip every query would fail with 25, and ask the provider again";
   }
-  return check.at("importCounts").get<bool>() ? "for an unknown chip the import counts"
-                                              : "for an unknown chip the import does not count";
+  if (state != "succeeded") {
+    return "fails: for an unknown chip the import would not succeed";
+  }
+  return check.at("passes") == true
+             ? "passes: for an unknown chip the import succeeds"
+             : "fails: the import succeeds, but does what a process may not survive";
 }
 
 }  // namespace
 
 Json CheckProvider(const fs::path& file, double seconds) {
   RequireRegularFile(file);
+  const std::string path = PathText(fs::absolute(file));
+  // A build may be checked before it has the name that the library looks for.
+  const ImportReport watched = ReportOnImport({{path, SERVICE_UTILS_LIBRARY}}, true, seconds);
+  if (watched.state == "notFound" || watched.state == "notLoaded") {
+    throw InputError(file, Text(watched.lookedFor.front().at("reason")));
+  }
   Json check = {{"schemaVersion", SCHEMA_VERSION},
                 {"command", "check-provider"},
                 {"run", RunInfo()},
-                {"file", fs::absolute(file).string()},
+                {"file", path},
                 {"nameLookedFor", file.filename() == SERVICE_UTILS_LIBRARY},
-                {"accepted", nullptr},
-                {"reason", nullptr},
-                {"stopped", {{"at", "load"}, {"how", "crash"}, {"detail", nullptr}}},
-                {"exception", nullptr},
-                {"statuses", nullptr},
-                {"importCounts", nullptr},
-                {"keys", Json::array()}};
-  addChildResult(check, RunAskProvider(check.at("file"), std::to_string(seconds)));
-  check["statuses"] = {{"DSP", statusOf(check, DSP)}, {"GPU", statusOf(check, GPU)}};
-  check["importCounts"] = check.at("stopped").is_null() && check.at("importCounts") == true;
+                {"state", watched.state},
+                {"reason", watched.reason},
+                {"passes", passes(watched)},
+                {"findings", watched.findings},
+                {"statuses", {{"DSP", nullptr}, {"GPU", nullptr}}},
+                {"keys", watched.keys}};
+  if (!watched.succeeds.is_null()) {
+    check["statuses"] = {{"DSP", statusOf(check, DSP)}, {"GPU", statusOf(check, GPU)}};
+  }
   return check;
 }
 
@@ -147,19 +131,9 @@ void WriteCheck(std::ostream& out, const Json& check) {
     WriteLine(out, "DSP keys", statusText(check, DSP));
     WriteLine(out, "GPU keys", statusText(check, GPU));
   }
-  if (const Json& reason = check.at("reason"); !check.at("accepted").is_null()) {
-    WriteLine(out, "provider", reason.is_null() ? "has both exports" : "rejected: " + Text(reason));
+  if (const Json& reason = check.at("reason"); !reason.is_null()) {
+    WriteLine(out, "rejected", Text(reason));
   }
-  if (const Json& exception = check.at("exception"); !exception.is_null()) {
-    const Json& text = exception.at("text");
-    WriteLine(out, "exception",
-              "at " + Text(exception.at("at")) + (text.is_null() ? "" : ": " + Quoted(Text(text))));
-  }
-  if (const Json& stopped = check.at("stopped"); !stopped.is_null()) {
-    const Json& detail = stopped.at("detail");
-    WriteLine(out, Text(stopped.at("how")),
-              "at " + Text(stopped.at("at")) +
-                  (detail.is_null() ? ", not done within the time limit" : ": " + Text(detail)));
-  }
+  WriteFindings(out, check.at("findings"));
   WriteLine(out, "verdict", verdictText(check));
 }

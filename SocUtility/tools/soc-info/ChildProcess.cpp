@@ -1,22 +1,25 @@
 #include "ChildProcess.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
-#include <memory>
-#include <stdexcept>
+#include <sstream>
 #include <system_error>
+#include <thread>
 #ifdef _WIN32
 #include <io.h>
 #include <process.h>
 
-#include <cstdlib>
-#include <filesystem>
+#include <stdexcept>
 
 #include "Output.h"
 #include "platform/WindowsApi.h"
 #else
-#include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,114 +29,195 @@
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
+constexpr int OUTPUT = 1;
+constexpr int ERRORS = 2;
+
 void throwIf(bool failed, const char* what) {
   if (failed) {
     throw std::system_error(errno, std::generic_category(), what);
   }
 }
 
-std::string describeExit(std::uint32_t code) {
-  return code == 0 ? std::string() : "exit status " + std::to_string(code);
+ChildResult exited(std::uint32_t status) {
+  return {{}, "exit", "exit status " + std::to_string(status)};
 }
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { (void)std::fclose(file); }
-};
-
-// `openReport` opens the file that the child writes to. `runAskProvider` runs the command and
-// returns how it failed, as in `ChildResult`.
+// `start` starts the child. `hasEnded` waits for a moment, and says how the child ended if it did.
+// `end` ends it and waits for that.
 #ifdef _WIN32
 
-std::FILE* openReport() { return std::tmpfile(); }
+constexpr const char* NO_FILE = "NUL";
 
-std::string runAskProvider(const std::string& file, const std::string& seconds, std::FILE* report) {
+/// Ends its processes when this one ends, however that happens.
+HANDLE makeJob() {
+  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+  limits.BasicLimitInformation.LimitFlags =
+      JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE | JOB_OBJECT_LIMIT_SILENT_BREAKAWAY_OK;
+  const HANDLE job = CreateJobObjectW(nullptr, nullptr);
+  SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+  return job;
+}
+
+HANDLE start(int report) {
+  static const HANDLE job = makeJob();
   std::wstring program(32768, L'\0');
   program.resize(GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size())));
-  const std::wstring library = L'"' + std::filesystem::path(file).wstring() + L'"';
-  const std::wstring limit(seconds.begin(), seconds.end());
-  const std::wstring descriptor = std::to_wstring(_fileno(report));
-  errno = 0;
-  const std::intptr_t status =
-      _wspawnl(_P_WAIT, program.c_str(), L"soc-info", L"ask-provider", library.c_str(),
-               limit.c_str(), descriptor.c_str(), nullptr);
-  throwIf(status == -1 && errno != 0, "starting a process");
-  constexpr std::uint32_t FIRST_EXCEPTION = 0xC0000000;
-  const auto code = static_cast<std::uint32_t>(status);
-  return code >= FIRST_EXCEPTION ? "exception " + Hex(code, 8) : describeExit(code);
+  const std::intptr_t process = _wspawnl(_P_NOWAIT, program.c_str(), L"soc-info", L"child",
+                                         std::to_wstring(report).c_str(), nullptr);
+  throwIf(process == -1, "starting a process");
+  const auto handle = reinterpret_cast<HANDLE>(process);
+  AssignProcessToJobObject(job, handle);
+  return handle;
+}
+
+bool hasEnded(HANDLE process, ChildResult& result) {
+  constexpr DWORD MILLISECONDS = 10;
+  constexpr DWORD FIRST_EXCEPTION = 0xC0000000;
+  DWORD code = 0;
+  if (WaitForSingleObject(process, MILLISECONDS) != WAIT_OBJECT_0) {
+    return false;
+  }
+  GetExitCodeProcess(process, &code);
+  CloseHandle(process);
+  result =
+      code < FIRST_EXCEPTION ? exited(code) : ChildResult{{}, "crash", "exception " + Hex(code, 8)};
+  return true;
+}
+
+void end(HANDLE process) {
+  TerminateProcess(process, 0);
+  WaitForSingleObject(process, INFINITE);
+  CloseHandle(process);
 }
 
 #else
 
-std::FILE* openReport() {
-  // The report must not get the descriptor of a closed standard stream: a provider can write there.
-  int unused = 0;
-  while (unused >= 0 && unused <= STDERR_FILENO) {
-    unused = open("/dev/null", O_RDONLY);
-  }
-  close(unused);
-  return std::tmpfile();
-}
+constexpr const char* NO_FILE = "/dev/null";
 
-std::string runAskProvider(const std::string& file, const std::string& seconds, std::FILE* report) {
+pid_t start(int report) {
   // A process can be started with this signal ignored, and then its children leave no status.
   throwIf(std::signal(SIGCHLD, SIG_DFL) == SIG_ERR, "signal");
-  const std::string descriptor = std::to_string(fileno(report));
+  const std::string descriptor = std::to_string(report);
+  const pid_t parent = getpid();
   const pid_t child = fork();
+  throwIf(child < 0, "starting a process");
   if (child == 0) {
-    execl("/proc/self/exe", "soc-info", "ask-provider", file.c_str(), seconds.c_str(),
-          descriptor.c_str(), nullptr);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // it must not outlive this process
+    if (getppid() == parent) {
+      execl("/proc/self/exe", "soc-info", "child", descriptor.c_str(), nullptr);
+    }
     _exit(127);
   }
+  return child;
+}
+
+bool hasEnded(pid_t process, ChildResult& result) {
   int status = 0;
-  throwIf(child < 0 || waitpid(child, &status, 0) < 0, "starting a process");
-  if (WIFSIGNALED(status)) {
-    const int signal = WTERMSIG(status);
-    const char* const description = sigdescr_np(signal);  // null for a real-time signal
-    return "signal " + std::to_string(signal) +
-           (description == nullptr ? std::string() : std::string(" (") + description + ')');
+  if (waitpid(process, &status, WNOHANG) == 0) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return false;
   }
-  return describeExit(static_cast<std::uint32_t>(WEXITSTATUS(status)));
+  if (!WIFSIGNALED(status)) {
+    result = exited(static_cast<std::uint32_t>(WEXITSTATUS(status)));
+    return true;
+  }
+  const int signal = WTERMSIG(status);
+  const char* const description = sigdescr_np(signal);  // null for a real-time signal
+  result = {{},
+            "crash",
+            "signal " + std::to_string(signal) +
+                (description == nullptr ? std::string() : std::string(" (") + description + ')')};
+  return true;
+}
+
+void end(pid_t process) {
+  kill(process, SIGKILL);
+  waitpid(process, nullptr, 0);
 }
 
 #endif
 
-}  // namespace
+/// Leaves the file's position, which the child shares.
+std::int64_t sizeOf(int file) {
+#ifdef _WIN32
+  struct _stat64 state {};
+  return _fstat64(file, &state) == 0 ? state.st_size : 0;
+#else
+  struct stat state {};
+  return fstat(file, &state) == 0 ? state.st_size : 0;
+#endif
+}
 
-ChildResult RunAskProvider(const std::string& file, const std::string& seconds) {
-  // A pipe would stay open as long as a process that the provider started.
-  const std::unique_ptr<std::FILE, CloseFile> report(openReport());
-  throwIf(report == nullptr, "a temporary file");
+/// Waits until the child has ended, or ends it when its report has not grown for `seconds`.
+ChildResult waitForEnd(int report, double seconds) {
+  using Seconds = std::chrono::duration<double>;
+  constexpr Seconds START_LIMIT(60);  // before its first step the child runs no foreign code
+  const std::int64_t sizeAtStart = sizeOf(report);
+  const auto child = start(report);
+  std::int64_t size = sizeAtStart;
+  Clock::time_point grown = Clock::now();
   ChildResult result;
-  result.failure = runAskProvider(file, seconds, report.get());
-  std::rewind(report.get());
-  std::array<char, 4096> chunk;
-  while (const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), report.get())) {
-    result.output.append(chunk.data(), count);
-  }
-  if (result.output.empty()) {
-    throw std::runtime_error("the child process has not reported: " + result.failure);
+  while (!hasEnded(child, result)) {
+    const Seconds limit = size == sizeAtStart ? START_LIMIT : Seconds(seconds);
+    if (const std::int64_t sizeNow = sizeOf(report); sizeNow != size) {
+      size = sizeNow;
+      grown = Clock::now();
+    } else if (Clock::now() - grown > limit) {
+      end(child);
+      std::ostringstream text;
+      text << "not done within " << limit.count() << " s";
+      return {{}, "hang", text.str()};
+    }
   }
   return result;
 }
 
-std::FILE* OpenStreamToParent(int descriptor) {
-  constexpr int OUTPUT = 1;
-  constexpr int ERRORS = 2;
-#ifdef _WIN32
-  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);  // a crash shall open no window
-  std::FILE* const stream = _dup2(ERRORS, OUTPUT) == 0 ? _fdopen(descriptor, "ab") : nullptr;
-#else
-  std::FILE* const stream = dup2(ERRORS, OUTPUT) == OUTPUT ? fdopen(descriptor, "ab") : nullptr;
-#endif
-  throwIf(stream == nullptr || std::setvbuf(stream, nullptr, _IONBF, 0) != 0, "the report");
-  return stream;
+void writeTo(std::FILE* file, const std::string& bytes) {
+  throwIf(
+      std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size() || std::fflush(file) != 0,
+      "the child's report");
 }
 
-void EndAtOnce() {
+std::string readRest(std::FILE* file) {
+  std::string rest;
+  std::array<char, 4096> chunk;
+  while (const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), file)) {
+    rest.append(chunk.data(), count);
+  }
+  return rest;
+}
+
+}  // namespace
+
+ChildResult RunChild(const std::string& job, double seconds) {
+  // A pipe would stay open as long as a process that foreign code started.
+  const File report(std::tmpfile());
+  throwIf(report == nullptr, "a temporary file");
+  writeTo(report.get(), job);
+  std::rewind(report.get());
+  ChildResult result = waitForEnd(fileno(report.get()), seconds);
+  std::rewind(report.get());
+  result.report = readRest(report.get()).substr(job.size());
+  return result;
+}
+
+ChildStream::ChildStream(int descriptor) : stream_(fdopen(descriptor, "a+b")) {
 #ifdef _WIN32
-  TerminateProcess(GetCurrentProcess(), 0);  // an exit would wait for the loader's lock
-  std::abort();
-#else
-  _exit(0);
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);  // a crash shall open no window
 #endif
+  throwIf(stream_ == nullptr || dup2(ERRORS, OUTPUT) < 0, "the child's report");
+  std::rewind(stream_.get());
+  job_ = readRest(stream_.get());
+}
+
+void ChildStream::Write(const std::string& bytes) { writeTo(stream_.get(), bytes); }
+
+void OpenMissingStandardStreams() {
+  int file = 0;
+  while (file >= 0 && file <= ERRORS) {
+    file = open(NO_FILE, O_RDONLY);
+  }
+  close(file);
 }

@@ -1,7 +1,6 @@
-#include "Identify.h"
-
 #include <ostream>
 
+#include "Commands.h"
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
 #include "DynamicSocInfo/chip/ChipIdentification.h"
 #include "RunInfo.h"

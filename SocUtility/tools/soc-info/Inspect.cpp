@@ -1,44 +1,18 @@
-#include "Inspect.h"
-
 #include <algorithm>
-#include <iterator>
-#include <ostream>
+#include <optional>
+#include <vector>
 
+#include "Capabilities.h"
+#include "Commands.h"
 #include "DynamicSocInfo/chip/ChipCatalogue.h"
 #include "DynamicSocInfo/chip/ChipData.h"
-#include "Identify.h"
-#include "ProviderReport.h"
+#include "ForeignCode.h"
+#include "ImportReport.h"
+#include "ImportStates.h"
+#include "LibraryReport.h"
 #include "RunInfo.h"
 
 namespace {
-
-/// What follows from the state of a provider attempt (see `ProviderReport`).
-struct AttemptOutcome {
-  std::string_view state;
-  const char* answersFrom;  ///< Null when every query fails.
-  bool scalarsFail;         ///< After the call that made the attempt.
-  // For people; empty where the text depends on more than the state.
-  std::string_view answersText = {};
-  std::string_view providerText = {};
-};
-
-constexpr std::string_view UNKNOWN_ROW_TEXT = "unknown row";
-constexpr AttemptOutcome OUTCOMES[] = {
-    {"notNeeded", "catalogue", false},
-    {"notAsked", "unknownRow", false, UNKNOWN_ROW_TEXT,
-     "not asked: the tables are another machine's"},
-    {"notFound", "unknownRow", true, UNKNOWN_ROW_TEXT, "not found: "},
-    {"rejected", "unknownRow", true, UNKNOWN_ROW_TEXT, "found but rejected: "},
-    {"incomplete", "unknownRow", true, "unknown row, with what the provider did answer",
-     "found but required keys missing: "},
-    {"failed", nullptr, true, "none: every query fails", "found but failing: "},
-    {"imported", "provider", false, "provider, over the unknown row"},
-};
-
-const AttemptOutcome& outcomeOf(const Json& provider) {
-  return *std::ranges::find(OUTCOMES, provider.at("state").get<std::string>(),
-                            &AttemptOutcome::state);
-}
 
 Json chipOf(const SocInfo& record, const Json& identification) {
   const bool lacksRow = !record.isKnownChip && identification.at("reason").is_null();
@@ -51,169 +25,140 @@ Json chipOf(const SocInfo& record, const Json& identification) {
       {"reason", lacksRow ? Json("the catalogue has no row for it") : identification.at("reason")}};
 }
 
-/// Puts the library's answer into the capability's row, which has the core's value. Notes where the
-/// two differ.
-void addAnswer(const LibraryAnswer& answer, const Capability& capability, bool mustFail, Json& row,
-               Json& disagreements) {
-  const Json received = {{"status", answer.status}, {"value", answer.value}};
+Json providerOf(const ImportReport& watched) {
+  Json missing = Json::array();
+  for (const Json& key : watched.keys) {
+    if (key.at("required") == true && key.at("answered") == false) {
+      missing.push_back(Text(key.at("component")) + ' ' + Text(key.at("key")));
+    }
+  }
+  return {{"state", watched.state},
+          {"library", watched.library},
+          {"lookedFor", watched.lookedFor},
+          {"reason", watched.reason},
+          {"missing", missing}};
+}
+
+/// A row of the document's table with the value that the core expects, and that value's source.
+struct Expected {
+  Capability capability;
+  std::string_view source;
+};
+
+/// What a library answers from the record after the watched.
+std::vector<Expected> expectedAnswers(const SocInfo& record, const ImportReport& watched) {
+  std::vector<Expected> rows;
+  for (const Capability& capability : CapabilitiesOf(record)) {
+    rows.push_back({capability, record.isKnownChip ? "catalogue" : "default"});
+  }
+  for (const Json& key : watched.keys) {
+    const auto isKey = [&](const Expected& row) {
+      return key.at("component") == ComponentName(row.capability.id.component) &&
+             row.capability.id.key == key.at("key");
+    };
+    const void* const field = std::ranges::find_if(rows, isKey)->capability.field;
+    for (auto& [capability, source] : rows) {
+      if (capability.field == field && key.at("answered") == true) {
+        capability.value = key.at("value");
+        source = "provider";
+      }
+    }
+  }
+  return rows;
+}
+
+Json rowOf(const Expected& expected) {
+  const Capability& capability = expected.capability;
+  return {{"component", ComponentName(capability.id.component)},
+          {"key", capability.id.key},
+          {"type", capability.type},
+          {"status", nullptr},
+          {"value", capability.value},
+          {"source", expected.source}};
+}
+
+/// Puts the library's answer into a row. The row keeps its source only if the two agree.
+void addAnswer(const Json& answer, const ImportState& state, Json& row, Json& disagreements) {
+  const bool isList = Text(row.at("type")).starts_with("list");
+  const bool mustFail = isList ? state.listsFail : state.scalarsFail;
   const Json expected = {{"status", mustFail ? FAILURE : SUCCESS},
-                         {"value", mustFail ? Json(nullptr) : capability.value}};
+                         {"value", mustFail ? Json(nullptr) : row.at("value")}};
+  const Json received = {{"status", answer.is_null() ? Json(nullptr) : answer.at("status")},
+                         {"value", answer.is_null() ? Json(nullptr) : answer.at("value")}};
   row.update(received);
-  if (answer.value.is_null()) {
+  const bool agrees = state.isForeseen && received == expected;
+  if (!agrees || received.at("value").is_null()) {
     row["source"] = nullptr;
   }
-  if (received != expected) {
-    disagreements.push_back({{"capability", CapabilityName(capability.id)},
+  if (!agrees && state.isForeseen && !answer.is_null()) {
+    disagreements.push_back({{"capability", Text(row.at("component")) + ' ' + Text(row.at("key"))},
                              {"library", received},
                              {"core", expected},
-                             {"malformed", answer.malformed}});
+                             {"malformed", answer.at("malformed")}});
   }
 }
 
-std::string joined(const Json& texts) {
-  std::string line;
-  for (const Json& text : texts) {
-    line += (line.empty() ? "" : ", ") + Text(text);
+/// Whether every scalar query of the library fails; null when none was answered.
+Json scalarQueriesFail(const std::vector<Expected>& rows, const std::vector<Json>& answers) {
+  Json fail = nullptr;
+  for (std::size_t i = 0; i < answers.size(); ++i) {
+    if (!answers[i].is_null() && !rows[i].capability.type.starts_with("list")) {
+      fail = answers[i].at("status") == FAILURE && fail != false;
+    }
   }
-  return line;
+  return fail;
 }
 
-std::string chipText(const Json& chip) {
-  Json others = Json::array();
-  std::ranges::copy_if(chip.at("names"), std::back_inserter(others),
-                       [&](const Json& name) { return name != chip.at("name"); });
-  return Text(chip.at("name")) + (others.empty() ? "" : ", also " + joined(others));
-}
-
-std::string identifierText(const Json& chip) {
-  const Json& id = chip.at("chipId");
-  const Json& reason = chip.at("reason");
-  return (id == NO_CHIP_ID ? "none" : Text(id)) + (reason.is_null() ? "" : ": " + Text(reason));
-}
-
-void writeLookedFor(std::ostream& out, const Json& names) {
-  const char* verb = "looked for ";
-  for (const Json& name : names) {
-    const bool bare = Text(name).find('/') == std::string::npos;
-    WriteLine(out, "", verb + Quoted(Text(name)) + (bare ? " on the library search path" : ""));
-    verb = "then for ";
-  }
-}
-
-void writeProvider(std::ostream& out, const Json& provider) {
-  const AttemptOutcome& outcome = outcomeOf(provider);
-  const Json& library = provider.at("library");
-  if (outcome.state == "imported") {
-    WriteLine(out, "provider", Compact(library));
-  }
-  if (outcome.providerText.empty()) {
-    return;
-  }
-  const std::string detail =
-      outcome.state == "incomplete" ? joined(provider.at("missing")) : Text(provider.at("reason"));
-  WriteLine(out, "provider", std::string(outcome.providerText) + detail);
-  library.is_null() ? writeLookedFor(out, provider.at("lookedFor"))
-                    : WriteLine(out, "", Compact(library));
-  if (outcome.providerText.starts_with("found")) {
-    WriteLine(out, "", "soc-info check-provider FILE shows what such a library answers");
-  }
-}
-
-void writeNotes(std::ostream& out, const Json& document) {
-  if (document.at("provider").at("state") == "failed") {
-    WriteLine(out, "note", "every query fails with 25, and each call makes the attempt again");
-  } else if (document.at("scalarQueriesFail") == true) {
-    WriteLine(out, "note",
-              "the first call of Soc_GetCapability still answers, all later ones fail");
-    WriteLine(out, "", "with 25; Soc_GetCapabilitySerialized always answers");
-  }
-  const auto answerText = [](const Json& answer) {
-    return answer.at("status") == SUCCESS ? Compact(answer.at("value"))
-                                          : "status " + Text(answer.at("status"));
-  };
-  for (const Json& difference : document.at("disagreements")) {
-    const Json& malformed = difference.at("malformed");
-    WriteLine(out, "disagreement",
-              Text(difference.at("capability")) + ": the library" +
-                  (malformed.is_null() ? " answers " + answerText(difference.at("library"))
-                                       : "'s answer is malformed (" + Text(malformed) + ')') +
-                  ", soc-info expects " + answerText(difference.at("core")));
-  }
-}
-
-/// The value of a capability's row, or why it has none.
-std::string rowText(const Json& row) {
-  if (!row.at("value").is_null()) {
-    return ValueText(row);
-  }
-  return row.at("status") == SUCCESS ? "malformed" : "status " + Text(row.at("status"));
+/// The parts of the document that do not depend on who is asked.
+Json makeDocument(const Json& run, const Json& chip, const ImportReport& watched) {
+  const char* const answersFrom = StateOf(watched.state).answersFrom;
+  return {{"schemaVersion", SCHEMA_VERSION},
+          {"command", "soc-info"},
+          {"run", run},
+          {"chip", chip},
+          {"answersFrom", answersFrom == nullptr ? Json(nullptr) : Json(answersFrom)},
+          {"provider", providerOf(watched)},
+          {"scalarQueriesFail", nullptr},
+          {"findings", Json::array()},
+          {"disagreements", Json::array()},
+          {"capabilities", Json::array()}};
 }
 
 }  // namespace
 
-Json Inspect(const MachineTables& tables, InstalledLibrary* library) {
+Json Inspect(const MachineTables& tables, const ForeignCodeOptions& options) {
   const Json identification = Identify(tables);
-  SocInfo record = BuildChipRecord(identification.at("chipId"));
-  const ProviderReport provider = record.isKnownChip ? NoAttempt("notNeeded")
-                                  : library == nullptr
-                                      ? NoAttempt("notAsked")
-                                      : AttemptProvider(record, library->Directory());
-  const AttemptOutcome& outcome = outcomeOf(provider.document);
-  const bool listsFail = outcome.answersFrom == nullptr;
-  Json document = {
-      {"schemaVersion", SCHEMA_VERSION},
-      {"command", "soc-info"},
-      {"run", library == nullptr ? Json(nullptr) : RunInfo(library->Description())},
-      {"chip", chipOf(record, identification)},
-      {"answersFrom", listsFail ? Json(nullptr) : Json(outcome.answersFrom)},
-      {"provider", provider.document},
-      {"scalarQueriesFail", outcome.state == "notAsked" ? Json(nullptr) : Json(library != nullptr)},
-      {"disagreements", Json::array()},
-      {"capabilities", Json::array()}};
-  std::vector<LibraryAnswer> answers;
-  if (library != nullptr) {
-    answers = library->AskEveryCapability();
+  const SocInfo record = BuildChipRecord(identification.at("chipId"));
+  const LibraryReport library = ReportOnLibrary(options.library, options.seconds);
+  const ImportReport watched =
+      record.isKnownChip ? ImportReport{"notNeeded"}
+                         : ReportOnImport(ProviderCandidates(ServiceUtilsOnly, library.directory),
+                                          false, options.seconds);
+  const std::vector<Expected> rows = expectedAnswers(record, watched);
+  Json document =
+      makeDocument(RunInfo(library.description), chipOf(record, identification), watched);
+  document["scalarQueriesFail"] = scalarQueriesFail(rows, library.answers);
+  for (const Json* findings : {&library.findings, &watched.findings}) {
+    document["findings"].insert(document["findings"].end(), findings->begin(), findings->end());
   }
-  for (std::size_t i = 0; const Capability& capability : CapabilitiesOf(record)) {
-    const std::string_view source = record.isKnownChip                             ? "catalogue"
-                                    : provider.answered.contains(capability.field) ? "provider"
-                                                                                   : "default";
-    Json row = {{"component", ComponentName(capability.id.component)},
-                {"key", capability.id.key},
-                {"type", capability.type},
-                {"status", nullptr},
-                {"value", capability.value},
-                {"source", source}};
-    if (library != nullptr) {
-      const bool isList = capability.type.starts_with("list");
-      const LibraryAnswer& answer = answers[i++];
-      if (!isList && answer.status != FAILURE) {
-        document["scalarQueriesFail"] = false;
-      }
-      addAnswer(answer, capability, isList ? listsFail : outcome.scalarsFail, row,
-                document["disagreements"]);
-    }
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    Json row = rowOf(rows[i]);
+    addAnswer(library.answers[i], StateOf(watched.state), row, document["disagreements"]);
     document["capabilities"].push_back(row);
   }
   return document;
 }
 
-void WriteInspection(std::ostream& out, const Json& document) {
-  const Json& chip = document.at("chip");
-  WriteLine(out, "chip", chipText(chip));
-  WriteLine(out, "identifier", identifierText(chip));
-  WriteLine(out, "answers",
-            chip.at("known") == true
-                ? "catalogue row " + Text(chip.at("model")) + "; no provider is consulted"
-                : outcomeOf(document.at("provider")).answersText);
-  writeProvider(out, document.at("provider"));
-  writeNotes(out, document);
-  WriteRunInfo(out, document);
-  out << '\n';
-  std::vector<std::vector<std::string>> rows = {{"component", "key", "type", "value", "source"}};
-  for (const Json& row : document.at("capabilities")) {
-    rows.push_back({Text(row.at("component")), Text(row.at("key")), Text(row.at("type")),
-                    rowText(row), Text(row.at("source"))});
+Json Inspect(const MachineTables& tables) {
+  const Json identification = Identify(tables);
+  const SocInfo record = BuildChipRecord(identification.at("chipId"));
+  const ImportReport watched{record.isKnownChip ? "notNeeded" : "notAsked"};
+  Json document = makeDocument(nullptr, chipOf(record, identification), watched);
+  if (record.isKnownChip) {
+    document["scalarQueriesFail"] = false;
   }
-  WriteTable(out, rows);
+  for (const Expected& expected : expectedAnswers(record, watched)) {
+    document["capabilities"].push_back(rowOf(expected));
+  }
+  return document;
 }

@@ -11,6 +11,7 @@
 
 #include "DynamicSocInfo/chip/AcpiTables.h"
 #include "Output.h"
+#include "Paths.h"
 #include "platform/WindowsApi.h"
 
 namespace fs = std::filesystem;
@@ -62,7 +63,7 @@ std::vector<std::uint8_t> readDump(const fs::path& directory,
   }
   constexpr auto UNSTATED = std::numeric_limits<std::uint32_t>::max();
   if (ClaimedLength(table).value_or(UNSTATED) > table.size()) {
-    warnings << "soc-info: warning: " << Quoted(path.generic_string()) << ": cut short, only "
+    warnings << "soc-info: warning: " << Quoted(PathText(path)) << ": cut short, only "
              << table.size() << " bytes of the table\n";
   }
   return table;

@@ -11,6 +11,31 @@ constexpr int LABEL_WIDTH = 13;
 constexpr std::size_t WIDEST_COLUMN = 32;
 constexpr std::size_t NUMBERS_COLUMN = 1;
 
+/// The bytes of a character of UTF-8, by the first one.
+std::size_t sizeOfCharacter(char first) {
+  const auto byte = static_cast<unsigned char>(first);
+  return byte < 0xC0 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+}
+
+/// Not the controls from U+007F to U+009F, marks without a width or for the writing direction
+/// (U+200B to U+200F, U+2028 to U+202E, U+2060 to U+206F), U+FEFF and U+FFFD. JSON has escaped the
+/// lower controls.
+bool isPrintable(std::string_view character) {
+  const auto isFrom = [&](std::string_view first, std::string_view last) {
+    return character.size() == first.size() && first <= character && character <= last;
+  };
+  return character != "\x7F" && !isFrom("\xC2\x80", "\xC2\x9F") &&
+         !isFrom("\xE2\x80\x8B", "\xE2\x80\x8F") && !isFrom("\xE2\x80\xA8", "\xE2\x80\xAE") &&
+         !isFrom("\xE2\x81\xA0", "\xE2\x81\xAF") && character != "\xEF\xBB\xBF" &&
+         character != "\xEF\xBF\xBD";
+}
+
+/// A character as an escape of JSON, which leaves only U+007F as it is.
+std::string escaped(const std::string& character) {
+  const std::string quoted = Compact(character);
+  return character == "\x7F" ? "\\u007f" : quoted.substr(1, quoted.size() - 2);
+}
+
 void writeLineByElement(std::ostream& out, const Json& array) {
   const char* separator = "[\n    ";
   for (const Json& element : array) {
@@ -25,7 +50,7 @@ void writeLineByElement(std::ostream& out, const Json& array) {
 void WriteDocument(std::ostream& out, const Json& object) {
   const char* separator = "{\n  ";
   for (const auto& [name, value] : object.items()) {
-    out << separator << Quoted(name) << ": ";
+    out << separator << Compact(name) << ": ";
     if (value.is_array() && !value.empty() && value.front().is_object()) {
       writeLineByElement(out, value);
     } else {
@@ -50,7 +75,22 @@ std::string Text(const Json& value) {
 
 Json TextOrNull(std::string_view text) { return text.empty() ? Json(nullptr) : Json(text); }
 
-std::string Quoted(std::string_view text) { return Compact(Json(text)); }
+std::string Quoted(std::string_view text) {
+  constexpr bool ONLY_ASCII = false;
+  const std::string json = Json(text).dump(-1, ' ', ONLY_ASCII, Json::error_handler_t::replace);
+  std::string quoted;
+  for (std::size_t i = 0; i < json.size();) {
+    const std::string character = json.substr(i, sizeOfCharacter(json[i]));
+    quoted += isPrintable(character) ? character : escaped(character);
+    i += character.size();
+  }
+  return quoted;
+}
+
+std::string Unquoted(std::string_view text) {
+  const std::string quoted = Quoted(text);
+  return quoted.substr(1, quoted.size() - 2);
+}
 
 std::string Hex(std::uint64_t number, int digits) {
   std::ostringstream text;

@@ -1,7 +1,8 @@
 /// How soc-info writes: one JSON document for programs, labelled lines for people.
 ///
-/// Both escape strings from tables, providers and the file system: only printable ASCII reaches the
-/// terminal, and bytes that are not UTF-8 become U+FFFD.
+/// Both escape strings from tables, providers and the file system. Documents are ASCII. Text for
+/// people keeps printable characters as they are; no control character reaches the terminal. Bytes
+/// that are not UTF-8 become U+FFFD.
 #pragma once
 
 #include <cstdint>
@@ -13,6 +14,8 @@
 #include <string_view>
 #include <vector>
 
+#include "Paths.h"
+
 /// Keeps fields in the order in which they were added, so that documents can be compared by line.
 using Json = nlohmann::ordered_json;
 
@@ -22,7 +25,7 @@ inline constexpr int SCHEMA_VERSION = 2;
 /// Writes an object as one document: a field a line, and a line for each object of an array.
 void WriteDocument(std::ostream& out, const Json& object);
 
-/// A value on one line.
+/// A value on one line, in ASCII.
 std::string Compact(const Json& value);
 
 /// A string as it is, nothing for null, any other value on one line.
@@ -31,8 +34,10 @@ std::string Text(const Json& value);
 /// Null for an empty text.
 Json TextOrNull(std::string_view text);
 
-/// `text` in double quotes, escaped as in JSON.
+/// For people: `text` in double quotes, with what cannot be printed escaped as in JSON.
 std::string Quoted(std::string_view text);
+/// The same without the quotes.
+std::string Unquoted(std::string_view text);
 
 /// "0x" and `digits` upper-case hexadecimal digits, more when the number needs more.
 std::string Hex(std::uint64_t number, int digits);
@@ -52,7 +57,7 @@ class InputError : public std::runtime_error {
 
   /// "`path`: `reason`", the path escaped.
   InputError(const std::filesystem::path& path, const std::string& reason)
-      : std::runtime_error(Quoted(path.generic_string()) + ": " + reason) {}
+      : std::runtime_error(Quoted(PathText(path)) + ": " + reason) {}
 };
 
 /// Throws `InputError` unless `path` is a regular file or a link to one.

@@ -2,10 +2,9 @@
 
 #include <array>
 #include <ctime>
-#include <filesystem>
 #include <ostream>
 
-#include "DynamicSocInfo/provider/DynamicLibrary.h"
+#include "Paths.h"
 
 #ifdef _WIN32
 #include "platform/WindowsApi.h"
@@ -57,9 +56,7 @@ Json RunInfo(const Json& library) {
   return {{"time", timeNow()},
           {"system", systemName()},
           {"architecture", ARCHITECTURE},
-          {"tool",
-           {{"version", SOC_INFO_VERSION},
-            {"path", ModulePath(reinterpret_cast<const void*>(&timeNow))}}},
+          {"tool", {{"version", SOC_INFO_VERSION}, {"path", PathText(OwnPath())}}},
           {"library", library}};
 }
 
@@ -79,10 +76,4 @@ void WriteRunInfo(std::ostream& out, const Json& document) {
   WriteLine(out, "tool", Quoted(Text(tool.at("path"))) + ", version " + Text(tool.at("version")));
   WriteLine(out, "system", Text(run.at("system")) + ", " + Text(run.at("architecture")));
   WriteLine(out, "time", Text(run.at("time")));
-}
-
-std::string ModulePath(const void* address) {
-  std::string path;
-  dlModulePath(address, path);
-  return std::filesystem::path(path).generic_string();
 }

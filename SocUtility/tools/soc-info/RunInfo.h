@@ -2,7 +2,6 @@
 #pragma once
 
 #include <iosfwd>
-#include <string>
 
 #include "Output.h"
 
@@ -11,6 +10,3 @@ Json RunInfo(const Json& library = nullptr);
 
 /// For people; nothing for a document without the field.
 void WriteRunInfo(std::ostream& out, const Json& document);
-
-/// The path of the module that contains `address`, with forward slashes; empty when unknown.
-std::string ModulePath(const void* address);

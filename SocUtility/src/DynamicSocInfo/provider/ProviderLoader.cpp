@@ -7,6 +7,10 @@
 
 namespace {
 
+constexpr const char* VERSION_EXPORT = "Soc_GetAPIVersion";
+constexpr const char* SCALAR_EXPORT = "Soc_GetCapability";
+constexpr const char* LIST_EXPORT = "Soc_GetCapabilitySerialized";
+
 /// `directory`, a slash where it does not end in a separator, and `name`.
 std::string joinPath(const std::string& directory, std::string_view name) {
   const bool needsSlash = !directory.empty() && directory.back() != '/' && directory.back() != '\\';
@@ -43,14 +47,31 @@ bool ProviderLoader::Load(const std::string& path, std::string_view name) {
 }
 
 void ProviderLoader::Bind() {
-  bindSymbol(handle, "Soc_GetAPIVersion", getApiVersion);
+  bindSymbol(handle, VERSION_EXPORT, getApiVersion);
   if (getApiVersion == nullptr) {
     return;
   }
-  bindSymbol(handle, "Soc_GetCapability", getCapability);
+  bindSymbol(handle, SCALAR_EXPORT, getCapability);
   if (libraryName == SYSTEM_INFO_LIBRARY) {
-    bindSymbol(handle, "Soc_GetCapabilitySerialized", getCapabilitySerialized);
+    bindSymbol(handle, LIST_EXPORT, getCapabilitySerialized);
   }
+}
+
+std::array<const char*, 3> ProviderLoader::MissingExports() const {
+  std::array<const char*, 3> missing{};
+  auto* next = missing.begin();
+  // Without the first export, `Bind` has not looked for the others.
+  const auto addIf = [&](bool isUnbound, const char* name) {
+    if (isUnbound && (next == missing.begin() || dlSym(handle, name) == nullptr)) {
+      *next++ = name;
+    }
+  };
+  addIf(getApiVersion == nullptr, VERSION_EXPORT);
+  addIf(getCapability == nullptr, SCALAR_EXPORT);
+  if (libraryName == SYSTEM_INFO_LIBRARY) {
+    addIf(getCapabilitySerialized == nullptr, LIST_EXPORT);
+  }
+  return missing;
 }
 
 std::vector<ProviderCandidate> ProviderCandidates(ProviderSearchPlan plan,

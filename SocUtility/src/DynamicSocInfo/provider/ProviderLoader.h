@@ -5,6 +5,7 @@
 /// provider, so nothing of it may be used afterwards.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -55,6 +56,9 @@ class ProviderLoader {
   /// Loads a file as the provider of this name and binds its exports. The loader must be empty.
   /// Returns false if the file cannot be loaded.
   bool Load(const std::string& path, std::string_view name);
+
+  /// The exports that an import needs and the library lacks: their names, then null pointers.
+  std::array<const char*, 3> MissingExports() const;
 
   void* handle = nullptr;   ///< The module, owned; null when no candidate was loaded.
   std::string libraryName;  ///< The candidate's.

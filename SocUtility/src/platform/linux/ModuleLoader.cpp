@@ -1,12 +1,8 @@
 // Modules as the dynamic linker keeps them. A module's handle is the address of its link map, which
 // is also the handle that `dlopen` returns.
 #include <dlfcn.h>
-#include <elf.h>
-#include <fcntl.h>
 #include <link.h>
-#include <unistd.h>
 
-#include <cstring>
 #include <memory>
 
 #include "platform/WindowsApi.h"
@@ -28,27 +24,10 @@ link_map* moduleAt(const void* address) {
   return static_cast<link_map*>(module);
 }
 
-/// Whether there is a file of this name that is no ELF image.
-bool isOtherFile(const char* name) {
-  char magic[SELFMAG] = {};
-  const int file = open(name, O_RDONLY | O_CLOEXEC);
-  if (file < 0) {
-    return false;
-  }
-  const bool isElf =
-      read(file, magic, SELFMAG) == SELFMAG && std::memcmp(magic, ELFMAG, SELFMAG) == 0;
-  close(file);
-  return !isElf;
-}
-
 }  // namespace
 
 HMODULE LoadLibraryExA(LPCSTR name, HANDLE, DWORD) {
-  void* const module = dlopen(name, RTLD_NOW | RTLD_LOCAL);
-  if (module == nullptr) {
-    SetLastError(isOtherFile(name) ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND);
-  }
-  return static_cast<HMODULE>(module);
+  return static_cast<HMODULE>(dlopen(name, RTLD_NOW | RTLD_LOCAL));
 }
 
 HMODULE GetModuleHandleA(LPCSTR name) {
