@@ -74,6 +74,15 @@ class SocInfoTest(Tests):
             self.assertIn(f"only {length} bytes", result.stderr)
             self.assertEqual(json.loads(result.stdout)["pptt"]["idStructure"] is not None, is_found)
 
+    def test_missing_dump_is_no_missing_table(self):
+        reason = "there is no dump of the PPTT; the machine may have one"
+        self.dump(FACP=FACP)
+        self.assertIn(f"none: {reason}", self.run_tool("--tables", ".").stdout)
+        for document, is_known in [("{}", False), ("no JSON", False),
+                                   ('{"pptt": {"read": false}}', True)]:
+            (self.folder / "identify.json").write_text(document)
+            self.assertEqual(reason in self.run_tool("--tables", ".").stdout, not is_known)
+
     def test_capture_replays_to_the_same_document(self):
         capture = self.folder / "new" / "capture"
         result = self.run_tool("capture", capture)

@@ -11,16 +11,17 @@ constexpr int U32_DIGITS = 8;
 constexpr int U64_DIGITS = 16;
 
 /// Why there is no chip identifier; null when there is one.
-Json reasonOf(const Identification& steps, bool accessDenied) {
+Json reasonOf(const Identification& steps, const MachineTables& tables) {
   if (steps.chipId != NO_CHIP_ID) {
     return nullptr;
   }
   if (!steps.fadtRead) {
-    return accessDenied ? "the FADT may only be read with administrator rights"
-                        : "the FADT could not be read";
+    return tables.accessDenied ? "the FADT may only be read with administrator rights"
+                               : "the FADT could not be read";
   }
   if (!steps.ppttRead) {
-    return "the machine has no PPTT";
+    return tables.ppttUnknown ? "there is no dump of the PPTT; the machine may have one"
+                              : "the machine has no PPTT";
   }
   if (!steps.idStructure) {
     return "the PPTT has no ID structure";
@@ -91,7 +92,7 @@ Json Identify(const MachineTables& tables, const Json& run) {
                    {"key", steps.key},
                    {"keyHex", steps.key == 0 ? Json(nullptr) : Json(Hex(steps.key, U64_DIGITS))},
                    {"chipId", steps.chipId},
-                   {"reason", reasonOf(steps, tables.accessDenied)},
+                   {"reason", reasonOf(steps, tables)},
                    {"row", rowOf(BuildChipRecord(steps.chipId))},
                    {"lineToAdd", nullptr}};
   if (steps.oemRevision) {

@@ -69,6 +69,15 @@ std::vector<std::uint8_t> readDump(const fs::path& directory,
   return table;
 }
 
+/// Whether the file is a document of `identify` for a machine without a PPTT.
+bool saysNoPptt(const fs::path& path) {
+  constexpr bool ALLOW_EXCEPTIONS = false;
+  std::ifstream file(path, std::ios::binary);
+  const Json document = Json::parse(file, nullptr, ALLOW_EXCEPTIONS);
+  const Json pptt = document.is_object() ? document.value("pptt", Json()) : Json();
+  return pptt.is_object() && pptt.value("read", Json()) == false;
+}
+
 /// Makes a directory that was not there: nobody else has put anything into it.
 void makeNewDirectory(const fs::path& directory) {
   std::error_code error;
@@ -116,6 +125,7 @@ MachineTables ReadDumps(const fs::path& directory, std::ostream& warnings) {
     throw InputError(directory, "holds no dump of the FADT (FACP or facp.dat)");
   }
   tables.pptt = readDump(directory, {"PPTT", "pptt.dat", "PPTT.dat"}, warnings);
+  tables.ppttUnknown = tables.pptt.empty() && !saysNoPptt(directory / "identify.json");
   return tables;
 }
 

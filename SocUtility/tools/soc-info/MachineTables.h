@@ -11,6 +11,7 @@
 struct MachineTables {
   std::vector<std::uint8_t> fadt;
   std::vector<std::uint8_t> pptt;
+  bool ppttUnknown = false;   ///< The PPTT is empty, but the machine may have one.
   bool accessDenied = false;  ///< The FADT is empty because this user may not read it.
 };
 
@@ -18,7 +19,8 @@ struct MachineTables {
 MachineTables ReadThisMachine();
 
 /// The raw dumps in `directory`, each under the first of the names "FACP", "facp.dat" and
-/// "FACP.dat" that is there ("PPTT" likewise). Throws `InputError` when the FADT's is missing, when
+/// "FACP.dat" that is there ("PPTT" likewise). A machine without a PPTT is known by the file
+/// "identify.json" of its capture. Throws `InputError` when the FADT's is missing, when
 /// one is not a readable, non-empty file of at most 16 MiB, and when one holds another table.
 ///
 /// A dump that is shorter than its header claims is accepted with a line to `warnings`, since
