@@ -7,7 +7,7 @@ from setuptools import Distribution, setup
 
 arguments = {}
 if any(pathlib.Path("zyn_system_info").glob("*ZynSystemInfo.*")):
-    # With the library inside, the wheel is for one platform, but for every version of Python.
+    # With the library inside, the wheel is for one platform and for every version of Python.
 
     class BinaryDistribution(Distribution):
         def has_ext_modules(self):

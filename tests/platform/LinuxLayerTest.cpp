@@ -41,7 +41,7 @@ class LinuxModules : public testing::Test {
   /// The process's modules, read into a list with space for `capacity` of them.
   static std::vector<HMODULE> List(std::size_t capacity) {
     std::vector<HMODULE> list(capacity + 1);
-    DWORD size = 0;
+    DWORD size = 7;  // must not matter
     EXPECT_TRUE(K32EnumProcessModules(GetCurrentProcess(), list.data(),
                                       static_cast<DWORD>(capacity * sizeof(HMODULE)), &size));
     EXPECT_EQ(list.back(), nullptr) << "written past the end";

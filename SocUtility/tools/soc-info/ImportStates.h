@@ -11,7 +11,7 @@ struct ImportState {
   bool scalarsFail = false;
   bool listsFail = false;
   std::string_view answersText = {};   ///< Where the answers come from, for people.
-  std::string_view providerText = {};  ///< What became of the provider, for people.
+  std::string_view providerText = {};  ///< How it went for the provider, for people.
   bool checkShowsMore = false;         ///< Whether `check-provider` does.
 };
 
