@@ -30,7 +30,7 @@ def refuse(keys):
     return [f"{component} {key} reply 3 0 -" for component, key in keys]
 
 
-class Tests(unittest.TestCase):
+class ScenarioTest(unittest.TestCase):
     def assert_results(self, outcome, *expected):
         self.assertEqual(list(expected), outcome.results())
 

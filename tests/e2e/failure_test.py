@@ -1,7 +1,7 @@
 """Failures while a provider is asked: exceptions, hardware faults, lack of memory."""
 
 from expectations import (LIST, LIST_DEFAULT, LIST_IMPORTED, LIST_REFUSED, REFUSED, SCALAR,
-                          SCALAR_DEFAULT, SCALAR_IMPORTED, Tests)
+                          SCALAR_DEFAULT, SCALAR_IMPORTED, ScenarioTest)
 from scenario import Result, Settings, run
 
 FIRST_KEY, MIDDLE_KEY, LAST_KEY = "2 1", "2 17", "3 13"
@@ -9,7 +9,7 @@ FIRST_KEY, MIDDLE_KEY, LAST_KEY = "2 1", "2 17", "3 13"
 INT, OWN_TYPE, THROWN_AGAIN, RUNTIME_ERROR, NOTHING = range(1, 6)
 
 
-class Exceptions(Tests):
+class Exceptions(ScenarioTest):
     def test_one_of_any_compiler_fails_the_import_and_the_next_query_imports_again(self):
         rows = [(FIRST_KEY, INT), (MIDDLE_KEY, OWN_TYPE), (LAST_KEY, THROWN_AGAIN)]
         for provider in ["Scripted", *(["ThrowingMsvc"] if Settings.is_windows() else [])]:
@@ -35,7 +35,7 @@ class Exceptions(Tests):
             self.assertNotIn("uncaught", outcome.log)
 
 
-class Faults(Tests):
+class Faults(ScenarioTest):
     FAULTED, LIST_FAULTED = (Result(0, size, "", ("faulted",)) for size in (8, 64))
 
     def setUp(self):
@@ -60,7 +60,7 @@ class Faults(Tests):
             self.assertEqual([answer] * 15 + [faulted], sorted(results, key=lambda r: r.remarks))
 
 
-class Allocations(Tests):
+class Allocations(ScenarioTest):
     """Each allocation of a first query fails once, of a library loaded for this query."""
 
     LIMIT = 150

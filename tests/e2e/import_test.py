@@ -1,14 +1,14 @@
 """What a provider is asked, and the effect of keys that it does not answer."""
 
 from expectations import (ASKED, DSP, IMPORT, LIST, LIST_DEFAULT, LIST_IMPORTED, OPTIONAL, REFUSED,
-                          REQUIRED, SCALAR, SCALAR_DEFAULT, SCALAR_IMPORTED, Tests, refuse)
+                          REQUIRED, SCALAR, SCALAR_DEFAULT, SCALAR_IMPORTED, ScenarioTest, refuse)
 from scenario import Result, number, run
 
 # Sizes that no answer has: more than memory holds, or more than is taken from a provider.
 HOSTILE = [2**64 - 1, 2**63, 2**40, 65 << 20]
 
 
-class Import(Tests):
+class Import(ScenarioTest):
     def test_every_key_is_asked_once_in_order_for_each_query_function(self):
         outcome = run([SCALAR, LIST, SCALAR, LIST, "s 2 5 n8"], "Scripted")
         self.assert_results(outcome, *[SCALAR_IMPORTED, LIST_IMPORTED] * 2, Result(7, 8, ""))

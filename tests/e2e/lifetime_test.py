@@ -1,11 +1,11 @@
 """Threads, unloading, and providers that query the library."""
 
 from expectations import (DSP, LIST, LIST_DEFAULT, LIST_IMPORTED, LIST_REFUSED, REFUSED, SCALAR,
-                          SCALAR_DEFAULT, SCALAR_IMPORTED, Tests, refuse)
+                          SCALAR_DEFAULT, SCALAR_IMPORTED, ScenarioTest, refuse)
 from scenario import Settings, run
 
 
-class Lifetime(Tests):
+class Lifetime(ScenarioTest):
     def test_a_provider_that_asks_back_gets_what_needs_no_attempt(self):
         """The first attempt refuses both queries; the second refuses its own query only."""
         rows = {"scalar first": ([SCALAR, LIST], [SCALAR_IMPORTED, LIST_IMPORTED], "call 0 25"),

@@ -3,11 +3,11 @@
 import json
 
 from expectations import (LIST, LIST_DEFAULT, LIST_IMPORTED, REFUSED, SCALAR, SCALAR_DEFAULT,
-                          SCALAR_IMPORTED, Tests)
+                          SCALAR_IMPORTED, ScenarioTest)
 from scenario import PROVIDER, Result, Settings, run
 
 
-class WithoutProvider(Tests):
+class WithoutProvider(ScenarioTest):
     def test_argument_checks_come_before_the_first_use(self):
         outcome = run(["s 2 5 n0", "s 2 16 15", "s 2 43 3", "l 2 16 n5", SCALAR, "s 2 5 n0",
                        SCALAR, LIST, LIST, "l 4 16 64"])
@@ -18,7 +18,7 @@ class WithoutProvider(Tests):
         self.assertEqual("UNSUPPORTED_COMPONENT: 4\n", outcome.stderr)
 
 
-class Finding(Tests):
+class Finding(ScenarioTest):
     BESIDE, SEARCHED, OTHER = f"lib/{PROVIDER}", f"app/{PROVIDER}", "lib/other.dll"
     # The files, what the process has loaded before, whether it is imported from, all loads.
     ROWS = {
@@ -54,7 +54,7 @@ class Finding(Tests):
                     self.assertEqual("unload", outcome.log[-1])
 
 
-class Machines(Tests):
+class Machines(ScenarioTest):
     """The example machines: their firmware tables replace this machine's."""
 
     def test_only_a_chip_without_a_row_asks_the_provider(self):

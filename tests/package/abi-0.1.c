@@ -1,4 +1,4 @@
-/* What release 0.1 promised to programs. It must pass with every 0.1.x; never change it to
+/* What interface 0.1 promises to programs. It must pass with every 0.1.x; never change it to
  * make one pass. Run with the example provider beside the library, it asks every key. */
 #include <ZynSystemInfo.h>
 #include <stdio.h>

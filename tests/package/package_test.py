@@ -145,13 +145,13 @@ class PackageTest(unittest.TestCase):
         run(*options.launcher.split(), self.tool(), "check-provider", "RzSoCServiceUtils.dll",
             cwd=build)
 
-    def test_program_of_the_last_release_gets_what_it_was_promised(self):
-        folder = options.work / "last-release"
+    def test_program_of_this_interface_gets_what_it_was_promised(self):
+        folder = options.work / "abi-program"
         folder.mkdir()
         library = "ZynSystemInfo.dll" if built_for_windows() else "libZynSystemInfo.so.0.1"
-        for file in (options.last_release, options.provider, self.file(library)):
+        for file in (options.abi_program, options.provider, self.file(library)):
             shutil.copy(file, folder)
-        program = folder / options.last_release.name
+        program = folder / options.abi_program.name
         run(*options.launcher.split(), program,
             env={**os.environ, "LD_LIBRARY_PATH": str(folder)})
 
@@ -213,7 +213,7 @@ class PackageTest(unittest.TestCase):
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__)
-    for name in ("source", "build", "work", "provider", "last-release"):
+    for name in ("source", "build", "work", "provider", "abi-program"):
         parser.add_argument(f"--{name}", type=pathlib.Path, required=True)
     for name in ("version", "c-compiler", "cxx-compiler", "toolchain", "launcher"):
         parser.add_argument(f"--{name}", required=True)

@@ -75,7 +75,7 @@ SocInfo listRecord() {
   return recordOf(dsp);
 }
 
-// The program of the last release asks every key for its status.
+// The program of the interface (tests/package) asks every key for its status.
 TEST(Answers, OfKeysAtTheEndsOfEachForm) {
   struct {
     std::uint64_t component, key;
