@@ -17,17 +17,18 @@
 /// 6. A query function must not be called under the loader lock (from `DllMain`, or from a
 ///    constructor or destructor of a library), after the process began to exit, or in a forked
 ///    child whose parent had another thread in a query. It can wait there for ever.
-/// 7. A refused component or key, and a list that cannot be written, write one line to standard
-///    error.
+/// 7. A refused component or key writes one line to standard error. So does a list that does not
+/// fit
+///    or has a name of more than 31 bytes.
 /// 8. No function throws. A query that fails for another reason than its arguments returns
 ///    `FAILURE`:
 ///    - `Soc_GetCapability` only: the chip is unknown, and no provider answered every required key.
 ///      The call that looked for a provider still answers: with what a provider answered, and with
 ///      default values for all other keys. All later calls fail.
 ///    - Memory ran out, or an exception of a provider ended the import. The next call tries again.
-///      There are two exceptions. If memory runs out while a firmware table is read, the chip is
-///      unknown to this query function until this library is unloaded; the other function may still
-///      know it. If memory runs out while a provider is loaded, the provider counts as absent.
+///      But if memory runs out while a firmware table is read, the chip stays unknown to this query
+///      function until this library is unloaded; the other function may still know it. And if
+///      memory runs out while a provider is loaded, the provider counts as absent.
 ///    - A provider made the query on the thread that is asking it, and the query needed an import
 ///      of its own. On another thread such a query waits until the provider is done, so a provider
 ///      must not wait for that thread.

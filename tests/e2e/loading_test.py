@@ -1,6 +1,7 @@
 """Which provider is loaded, if any, and what the queries answer without one."""
 
 import json
+import os
 
 from expectations import (LIST, LIST_DEFAULT, LIST_IMPORTED, REFUSED, SCALAR, SCALAR_DEFAULT,
                           SCALAR_IMPORTED, ScenarioTest)
@@ -16,6 +17,14 @@ class WithoutProvider(ScenarioTest):
             SCALAR_DEFAULT, Result(7, 8, ""), REFUSED, LIST_DEFAULT, LIST_DEFAULT,
             Result(2, 64, ""))
         self.assertEqual("UNSUPPORTED_COMPONENT: 4\n", outcome.stderr)
+
+    def test_a_refusal_needs_no_standard_error(self):
+        if Settings.is_windows():
+            self.skipTest("needs a client that is started with a closed stream")
+        outcome = run(["l 4 16 64", SCALAR], "Scripted", before=lambda: os.close(2))
+        self.assert_results(outcome, Result(2, 64, ""), SCALAR_IMPORTED)
+        # What takes the closed descriptor's place gets no line of the library.
+        self.assert_loads(outcome, 2)
 
 
 class Finding(ScenarioTest):

@@ -80,12 +80,13 @@ def table_wrapper():
     return [*namespace, show + use, "sh"]
 
 
-def run(commands, provider=None, script=(), files=(), machine=None):
+def run(commands, provider=None, script=(), files=(), machine=None, before=None):
     """Runs the client with these commands and returns the outcome.
 
     provider: the one in lib, as in `files`. script: lines of provider.txt.
     files: further ones, path to bytes or to a name in the providers' folder.
     machine: an example machine, by its folder; the process sees its firmware tables.
+    before: called in the client's process before it starts.
     """
     wrapper = table_wrapper() if machine else ()
     with tempfile.TemporaryDirectory() as folder:
@@ -114,7 +115,7 @@ def run(commands, provider=None, script=(), files=(), machine=None):
             [*wrapper, *Settings.launcher, str(root / "app" / Settings.client.name),
              Settings.product()],
             input="".join(command + "\n" for command in commands), cwd=root, env=environment,
-            capture_output=True, text=True, timeout=300, check=False)
+            capture_output=True, text=True, timeout=300, check=False, preexec_fn=before)
         if process.returncode != 0:
             raise AssertionError(f"the client ended with {process.returncode}:\n"
                                  f"{process.stdout[-2000:]}\n{process.stderr[-6000:]}")

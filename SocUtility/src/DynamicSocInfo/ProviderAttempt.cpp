@@ -62,7 +62,7 @@ std::optional<bool> importFromProvider(SocInfo& record) noexcept try {
 
 /// `RunAttempt` for actions that are lambdas.
 template <class Attempt, class Abandon>
-void runAttempt(Attempt attempt, Abandon abandon) {
+void attemptOrAbandon(Attempt attempt, Abandon abandon) {
   struct Actions {
     Attempt& attempt;
     Abandon& abandon;
@@ -85,12 +85,12 @@ bool ProviderAttempt::AttemptUnderLock(SocInfo& record) {
     return false;  // made by another thread meanwhile
   }
   std::optional<bool> succeeded;
-  runAttempt([&] { succeeded = importFromProvider(record); },
-             [&] {
-               // No destructor runs. The program goes on, and nobody asks this provider again.
-               providerAttempted_.store(true, std::memory_order_release);
-               lock.Release();
-             });
+  attemptOrAbandon([&] { succeeded = importFromProvider(record); },
+                   [&] {
+                     // The program goes on, and this attempt is not repeated. No destructor runs.
+                     providerAttempted_.store(true, std::memory_order_release);
+                     lock.Release();
+                   });
   if (!succeeded) {
     throw std::runtime_error("an exception ended the import");
   }

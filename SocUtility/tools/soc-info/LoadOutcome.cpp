@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "DynamicSocInfo/provider/DynamicLibrary.h"
 #include "ImageFile.h"
 #include "LoadFailure.h"
 #include "Output.h"
@@ -72,7 +73,7 @@ std::string WhyRejected(const ProviderLoader& library, const fs::path& path) {
   std::string reason;
   bool isMangled = false;
   for (const char* const name : library.MissingExports()) {
-    if (name != nullptr) {
+    if (name != nullptr && dlSym(library.handle, name) == nullptr) {
       const std::string mangled = MangledName(path, name);
       reason += (reason.empty() ? "it lacks the export " : " and the export ") + std::string(name);
       reason += mangled.empty() ? "" : " (it has " + mangled + ')';

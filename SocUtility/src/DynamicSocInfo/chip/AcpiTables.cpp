@@ -57,7 +57,7 @@ TableBytes FirmwareTables::Read(std::uint32_t tableId) noexcept {
   }
   const std::uint32_t count =
       GetSystemFirmwareTable(ACPI_PROVIDER, tableId, buffer_.get(), capacity_);
-  // More than was offered means that the table has grown since and nothing was copied.
+  // A larger count means that the table has grown since its size was read. Nothing was copied then.
   return count > capacity_ ? TableBytes{} : TableBytes{buffer_.get(), count};
 }
 

@@ -16,8 +16,8 @@ constexpr std::size_t WORD = sizeof(std::uint64_t);
 
 [[noreturn]] void failForSize() { throw std::runtime_error("reported size cannot be held"); }
 
-/// Runs an action whose memory is of a size that the provider chose: running out of it fails the
-/// call.
+/// Runs an action that needs memory for an answer. The provider chose its size, so if memory runs
+/// out, the call fails.
 template <class Action>
 auto withReportedSize(Action action) {
   try {
@@ -47,7 +47,7 @@ Wire readExactly(ProviderLoader& provider, std::uint32_t component, std::uint32_
   return value;
 }
 
-/// Stores what `read` returns; false, with `out` as it was, when the provider fails it.
+/// Stores what `read` returns. Returns false, with `out` unchanged, if it throws a failure.
 template <class Out, class Read>
 bool tryRead(Out& out, std::string* failure, Read read) {
   try {

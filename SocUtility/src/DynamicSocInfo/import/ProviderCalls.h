@@ -36,7 +36,8 @@ enum class WhenGrowing { CLEAR, KEEP };
 
 /// Calls a query, first with `buffer` as it is, and again with a larger buffer as long as the
 /// provider asks for more. Then cuts `buffer` to the size that the provider reports, or extends it
-/// with zero bytes. A failure leaves `buffer` with the size that it had reached.
+/// with zero bytes. A failure leaves `buffer` with the size that it had reached, or empty if
+/// `CLEAR` emptied it for a size that memory cannot hold.
 void AskGrowing(Soc_GetCapabilityFn* query, std::uint32_t component, std::uint32_t key,
                 std::vector<std::uint8_t>& buffer, WhenGrowing whenGrowing);
 

@@ -14,7 +14,8 @@
 #include "ZynSystemInfo.h"
 
 /// Replaces the record's DSPs, GPUs and CPU values by the provider's. An unanswered key gets its
-/// default. Always returns true. Throws `std::bad_alloc`, with the record unchanged.
+/// default. Always returns true. Throws `std::bad_alloc`, and what the provider throws, with the
+/// record unchanged.
 bool ImportFromSystemInfoProvider(ProviderLoader& provider, SocInfo& record);
 
 /// One answer of the provider's `Soc_GetCapabilitySerialized`. The first call offers `buffer` as it

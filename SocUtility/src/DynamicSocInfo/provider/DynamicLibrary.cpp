@@ -93,7 +93,7 @@ void* dlSym(void* handle, const char* symbolName) {
   if (!size) {
     return fail("enumerate modules failed before memory allocation");
   }
-  // Every lookup lists the modules, that of a real handle too: where they cannot be listed, no
+  // Every lookup lists the modules, also one in a single module. If they cannot be listed, no
   // symbol is found.
   const std::unique_ptr<HMODULE[]> modules(new (std::nothrow) HMODULE[*size / sizeof(HMODULE)]);
   if (!modules) {

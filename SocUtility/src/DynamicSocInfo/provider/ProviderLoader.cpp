@@ -59,11 +59,10 @@ void ProviderLoader::Bind() {
 
 std::array<const char*, 3> ProviderLoader::MissingExports() const {
   std::array<const char*, 3> missing{};
-  auto* next = missing.begin();
-  // Without the first export, `Bind` has not looked for the others.
+  std::size_t count = 0;
   const auto addIf = [&](bool isUnbound, const char* name) {
-    if (isUnbound && (next == missing.begin() || dlSym(handle, name) == nullptr)) {
-      *next++ = name;
+    if (isUnbound) {
+      missing[count++] = name;
     }
   };
   addIf(getApiVersion == nullptr, VERSION_EXPORT);

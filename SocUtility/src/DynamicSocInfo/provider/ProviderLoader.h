@@ -57,7 +57,8 @@ class ProviderLoader {
   /// Returns false if the file cannot be loaded.
   bool Load(const std::string& path, std::string_view name);
 
-  /// The exports that an import needs and the library lacks: their names, then null pointers.
+  /// The exports that an import needs and that are not bound: their names, then null pointers.
+  /// Without the first export the others are not bound either, since they are not looked for.
   std::array<const char*, 3> MissingExports() const;
 
   void* handle = nullptr;   ///< The module, owned; null when no candidate was loaded.

@@ -4,14 +4,22 @@
 
 #include <algorithm>
 #include <charconv>
-#include <memory>
-#include <string>
 #include <string_view>
 #include <system_error>
 
 #include "platform/WindowsApi.h"
 
 namespace {
+
+/// Whether a line of `Mappings` is of the mapping that contains the address.
+bool contains(std::string_view line, std::uintptr_t address) {
+  std::uintptr_t first = 0;
+  std::uintptr_t end = 0;
+  const char* const last = line.data() + line.size();
+  const char* const hyphen = std::from_chars(line.data(), last, first, 16).ptr;
+  return hyphen != last && std::from_chars(hyphen + 1, last, end, 16).ec == std::errc{} &&
+         first <= address && address < end;
+}
 
 /// The kernel's list of this process's mappings, line by line: "FIRST-END ... PATH", with
 /// hexadecimal addresses.
@@ -27,11 +35,17 @@ class Mappings {
   Mappings(const Mappings&) = delete;
   Mappings& operator=(const Mappings&) = delete;
 
-  /// The next line without its end; empty after the last one.
-  std::string_view NextLine() {
-    const ssize_t length = file_ == nullptr ? 0 : getline(&line_, &capacity_, file_);
-    return length > 0 ? std::string_view(line_, static_cast<std::size_t>(length) - 1)
-                      : std::string_view();
+  /// The path of the file that is mapped at `address`, valid until the next call; empty when it
+  /// cannot be found.
+  std::string_view PathAt(const void* address) {
+    while (file_ != nullptr && getline(&line_, &capacity_, file_) > 0) {
+      const std::string_view line(line_);
+      if (contains(line, reinterpret_cast<std::uintptr_t>(address)) && line.ends_with('\n')) {
+        const std::size_t path = std::min(line.find('/'), line.size() - 1);
+        return line.substr(path, line.size() - 1 - path);
+      }
+    }
+    return {};
   }
 
  private:
@@ -40,33 +54,7 @@ class Mappings {
   std::size_t capacity_ = 0;
 };
 
-/// Whether a line's mapping contains the address.
-bool contains(std::string_view line, std::uintptr_t address) {
-  std::uintptr_t first = 0;
-  std::uintptr_t end = 0;
-  const char* const last = line.data() + line.size();
-  const char* const hyphen = std::from_chars(line.data(), last, first, 16).ptr;
-  return hyphen != last && std::from_chars(hyphen + 1, last, end, 16).ec == std::errc{} &&
-         first <= address && address < end;
-}
-
-/// The path of the file that is mapped at `address`; empty when it cannot be found.
-std::string mappedPath(const void* address) {
-  Mappings mappings;
-  for (std::string_view line = mappings.NextLine(); !line.empty(); line = mappings.NextLine()) {
-    if (contains(line, reinterpret_cast<std::uintptr_t>(address))) {
-      return std::string(line.substr(std::min(line.find('/'), line.size())));
-    }
-  }
-  return {};
-}
-
-}  // namespace
-
-DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
-  const auto* const map = reinterpret_cast<const link_map*>(module);
-  // The program has no name, and a relative name does not tell in which directory it was opened.
-  const std::string full = *map->l_name == '/' ? map->l_name : mappedPath(map->l_ld);
+DWORD copyPath(std::string_view full, LPSTR path, DWORD size) {
   const std::size_t length = full.copy(path, size - 1);
   path[length] = '\0';
   if (length < full.size()) {
@@ -74,4 +62,15 @@ DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
     return size;
   }
   return static_cast<DWORD>(length);
+}
+
+}  // namespace
+
+DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
+  const auto* const map = reinterpret_cast<const link_map*>(module);
+  if (*map->l_name == '/') {
+    return copyPath(map->l_name, path, size);
+  }
+  // The program has no name, and a relative name does not tell in which directory it was opened.
+  return copyPath(Mappings().PathAt(map->l_ld), path, size);
 }

@@ -1,5 +1,5 @@
-// The functions of Windows' services, registry and UTF-16 text. None of them is there: no service
-// manager and no key opens, so the library reaches nothing behind them.
+// The functions of Windows' services, registry and UTF-16 text. Linux has none of these. Opening
+// the service manager or a key fails, so the library never calls the other functions.
 #include "platform/WindowsApi.h"
 
 SC_HANDLE OpenSCManagerW(LPCWSTR, LPCWSTR, DWORD) { return nullptr; }

@@ -32,9 +32,8 @@ UINT GetSystemFirmwareTable(DWORD, DWORD tableId, PVOID buffer, DWORD bufferSize
   if (size > bufferSize) {
     return size;
   }
+  errno = 0;  // a file that ends early is no error of the system
   const std::unique_ptr<FILE, CloseFile> file(fopen(path, "re"));
-  if (!file) {
-    return failedWith(errno);
-  }
-  return fread(buffer, 1, size, file.get()) == size ? size : failedWith(EIO);
+  const bool isRead = file && fread(buffer, 1, size, file.get()) == size;
+  return isRead ? size : failedWith(errno);
 }

@@ -1,6 +1,6 @@
-// ADVAPI32 is loaded by the first call of one of its functions. When that fails, the service manager
-// and the registry key cannot be opened, as if neither existed. Without this hook a failed load
-// would raise an exception.
+// ADVAPI32 is loaded by the first call of one of its functions. When that fails, the service
+// manager and the registry key cannot be opened, as if neither existed. Without this hook a failed
+// load would raise an exception.
 #include <cstring>
 
 #include "platform/WindowsApi.h"
@@ -23,15 +23,20 @@ LSTATUS WINAPI openNoKey(HKEY /*parent*/, LPCSTR /*path*/, DWORD /*options*/, RE
   return ERROR_MOD_NOT_FOUND;
 }
 
+template <class Function>
+FARPROC addressOf(Function* function) {
+  return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(function));
+}
+
 FARPROC WINAPI replaceWhatIsMissing(unsigned event, PDelayLoadInfo load) {
   if (event == dliFailLoadLib) {
     return reinterpret_cast<FARPROC>(&__ImageBase);  // any module without the functions
   }
   if (std::strcmp(load->dlp.szProcName, "OpenSCManagerW") == 0) {
-    return reinterpret_cast<FARPROC>(&openNoServiceManager);
+    return addressOf(openNoServiceManager);
   }
   if (std::strcmp(load->dlp.szProcName, "RegOpenKeyExA") == 0) {
-    return reinterpret_cast<FARPROC>(&openNoKey);
+    return addressOf(openNoKey);
   }
   return nullptr;  // needs what one of the two opened
 }

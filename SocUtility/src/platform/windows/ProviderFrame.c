@@ -4,8 +4,9 @@
 #include <stddef.h>
 #include <windows.h>
 
-/* C++ exceptions are structured exceptions whose code tells the compiler: MSVC's and, for a library
- * made with that, the one of GCC and of Clang for mingw-w64. */
+/* C++ exceptions are structured exceptions, and their code tells the compiler. This is the other
+ * compiler's code: that of MSVC or, if MSVC compiles this library, that of GCC and of Clang for
+ * mingw-w64. */
 #if defined(_MSC_VER)
 #define OTHER_COMPILERS_EXCEPTION 0x20474343
 #else
