@@ -53,8 +53,8 @@ function(zyn_export target)
   endif()
 endfunction()
 
-# x64 programs, which load the ARM64EC side of a hybrid image, link with a library of their own: the
-# linker's serves ARM64 and ARM64EC programs.
+# Adds an import library for x64 programs, which load the ARM64EC side of a hybrid image. The import
+# library of the linker serves only ARM64 and ARM64EC programs.
 function(zyn_add_import_library_for_x64 def)
   set(library "${CMAKE_CURRENT_BINARY_DIR}/x64/ZynSystemInfo.lib")
   add_custom_command(OUTPUT "${library}" DEPENDS "${def}"

@@ -14,27 +14,29 @@
 /// 5. Any thread may call any function, in any order. The first call of each query function
 ///    identifies the chip and may load a provider library; later calls only read. If several
 ///    threads make the first call, one of them does this and the others wait.
-/// 6. A query function must not be called under the loader lock (from `DllMain`, or from a
-///    constructor or destructor of a library), after the process began to exit, or in a forked
-///    child whose parent had another thread in a query. It can wait there for ever.
+/// 6. Call no query function in these places, where it can wait for ever:
+///    - under the loader lock: in `DllMain`, or in a constructor or destructor of a library;
+///    - after the process began to exit;
+///    - in a forked child, if another thread of the parent was in a query.
 /// 7. A refused component or key writes one line to standard error. So does a list that does not
 /// fit
 ///    or has a name of more than 31 bytes.
 /// 8. No function throws. A query that fails for another reason than its arguments returns
 ///    `FAILURE`:
 ///    - `Soc_GetCapability` only: the chip is unknown, and no provider answered every required key.
-///      The call that looked for a provider still answers: with what a provider answered, and with
+///      The call that looks for a provider still answers: with the provider's answers, and with
 ///      default values for all other keys. All later calls fail.
 ///    - Memory ran out, or an exception of a provider ended the import. The next call tries again.
-///      But if memory runs out while a firmware table is read, the chip stays unknown to this query
-///      function until this library is unloaded; the other function may still know it. And if
-///      memory runs out while a provider is loaded, the provider counts as absent.
-///    - A provider made the query on the thread that is asking it, and the query needed an import
-///      of its own. On another thread such a query waits until the provider is done, so a provider
-///      must not wait for that thread.
+///      Two cases last until this library is unloaded. If memory runs out while a firmware table is
+///      read, the chip is unknown to this query function; the other function may still know it. If
+///      memory runs out while a provider is loaded, the provider is treated as not found.
+///    - A provider made the query on the thread that is asking it, and the query function had not
+///      finished its import. On another thread such a query waits until the provider is done, so a
+///      provider must not wait for that thread.
 ///    - `Soc_GetCapabilitySerialized` only: a name of the list exceeds 31 bytes.
-///    A hardware fault in a provider goes to the program. If a program on Windows handles it, the
-///    import has failed for good: it is not repeated, and no call waits for it.
+/// 9. A hardware fault in a provider goes to the program. If a program on Windows handles the
+///    fault, the import of this query function is incomplete. It is not repeated, and no call waits
+///    for it.
 #ifndef ZYN_SYSTEM_INFO_H
 #define ZYN_SYSTEM_INFO_H
 

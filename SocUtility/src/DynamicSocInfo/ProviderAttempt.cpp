@@ -44,8 +44,9 @@ class AttemptLock {
   std::unique_lock<std::mutex> lock_{providerMutex, std::defer_lock};
 };
 
-/// Whether the import succeeded; nothing if an exception ended it. Lets none out: what a provider
-/// throws may be of a type of its own, so it is gone before the provider is unloaded.
+/// Whether the import succeeded; nothing if an exception ended it. Catches every exception here,
+/// because its type may be defined in the provider: the exception must be destroyed before the
+/// provider is unloaded.
 std::optional<bool> importFromProvider(SocInfo& record) noexcept try {
   ProviderLoader provider(ServiceUtilsOnly);
   if (!IsAcceptedProvider(provider)) {

@@ -7,29 +7,32 @@
 #include "DynamicSocInfo/capabilities/SocInfo.h"
 #include "DynamicSocInfo/provider/ProviderLoader.h"
 
-/// Whether a loader has what an import needs: a known library name and the exports of its kind.
+/// Whether the loaded provider can be imported from: its file name is known, and it has all exports
+/// of its kind.
 bool IsAcceptedProvider(const ProviderLoader& provider);
 
-/// One query function's attempt. Any thread may use it at any time. The record that it writes may
-/// be read by a thread after `EnsureAttempted` has returned to it.
+/// One query function's attempt. Any thread may use it at any time. A thread may read the record
+/// only after its own call of `EnsureAttempted` has returned.
 class ProviderAttempt {
  public:
   /// With `recordConfirmed` the record needs no provider, and no attempt is made.
   explicit ProviderAttempt(bool recordConfirmed) noexcept : recordConfirmed_(recordConfirmed) {}
 
-  /// Makes the attempt unless it was made or is not needed. If several threads call, one makes it
-  /// and the others wait. Returns whether this call made it.
+  /// Makes the attempt if it is needed and was not made yet. If several threads call, one makes the
+  /// attempt and the others wait. Returns whether this call made it.
   ///
-  /// Throws `std::runtime_error` when an exception ended the import (the provider threw, or memory
-  /// ran out): the provider has been unloaded, and the next call makes the attempt again. Throws it
-  /// too when a provider calls this on the thread that is asking it, and an attempt is needed.
-  /// Throws `std::system_error`.
+  /// Throws `std::runtime_error` in two cases:
+  /// - An exception ended the import: the provider threw, or memory ran out. The provider has been
+  ///   unloaded, and the next call makes the attempt again.
+  /// - An attempt is needed, and a provider made this call on the thread that is asking it.
   ///
-  /// On Windows a program can handle a hardware fault in the provider and go on. Then the attempt
-  /// is over, without success, and the provider stays loaded.
+  /// Throws `std::system_error` if the mutex cannot be locked.
+  ///
+  /// On Windows a program can handle a hardware fault in the provider and go on. The attempt then
+  /// counts as made, the import is incomplete, and the provider stays loaded.
   bool EnsureAttempted(SocInfo& record) { return IsNeeded() && AttemptUnderLock(record); }
 
-  /// Whether the record came from the catalogue or an attempt succeeded.
+  /// Whether the record is confirmed: it came from the catalogue, or an import succeeded.
   bool RecordConfirmed() const noexcept { return recordConfirmed_.load(std::memory_order_acquire); }
 
  private:

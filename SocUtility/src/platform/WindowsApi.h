@@ -1,10 +1,10 @@
 /// The system calls of the library: Win32 functions, called by their own names.
 ///
 /// On Windows this header includes the system's headers. Elsewhere it declares only what the
-/// library and its tool use, with the documented Win32 meaning, and the linker picks the
-/// implementation: `platform/linux/` in programs, a mock in tests. That implementation ignores an
-/// argument for which the library always passes the same value, and sets the last error only where
-/// a caller reads it.
+/// library and its tool use, with the documented Win32 meaning. The linker picks the
+/// implementation: `platform/linux/` in programs, a mock in some tests. `platform/linux/` ignores
+/// an argument if the library always passes the same value. It sets the last error only where a
+/// caller reads it.
 #pragma once
 
 #ifdef _WIN32

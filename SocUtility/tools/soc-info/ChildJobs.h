@@ -3,10 +3,10 @@
 
 #include "ForeignCode.h"
 
-/// Asks the installed library. The job: its `file`, and the capabilities from the number `from` to
-/// below `end`, in the order of `CapabilitiesOf`. Reports `description` and `directory` (see
-/// `LibraryReport`), for each capability an `answer` with its number `index`, or only `refused`:
-/// why `file` is no such library.
+/// Asks the installed library. The job has the library's `file` and two numbers: the capabilities
+/// `from` to `end - 1` are asked, counted in the order of `CapabilitiesOf`. Reports `description`
+/// and `directory` (see `LibraryReport`), and an `answer` with its `index` for each capability. If
+/// `file` is no such library, reports only `refused`, the reason.
 void AskLibrary(JobReport& report);
 
 /// Imports from a provider for an unknown chip, as the library does. The job: the `candidates` that
@@ -15,5 +15,7 @@ void AskLibrary(JobReport& report);
 /// loaded) and `reason` (why it is rejected, or null), each `key` (one of `keys` in the document of
 /// `check-provider`), and at the end whether it `succeeds`.
 ///
-/// With `isCheck` the job also looks for what an import survives by luck (see `ImportFindings.h`).
+/// With `isCheck` the job also looks for faults that need not break an import: writes outside the
+/// buffer, answers that differ in a second import, and what the provider leaves changed after
+/// unloading (see `ProcessState.h`).
 void WatchImport(JobReport& report);

@@ -15,9 +15,9 @@ struct ForeignCodeOptions {
   double seconds = 10;  ///< The time limit of each step.
 };
 
-/// No command: asks the installed library of this machine every key. An import for reasons is made
-/// apart from it, from the provider that the library finds. Throws `InputError` if there is no
-/// library.
+/// No command: asks the installed library of this machine every key. For an unknown chip another
+/// child process imports from the provider that the library would find. That import explains the
+/// library's answers. Throws `InputError` if there is no library.
 Json Inspect(const MachineTables& tables, const ForeignCodeOptions& options);
 /// The same for another machine's tables, without a library.
 Json Inspect(const MachineTables& tables);

@@ -31,9 +31,9 @@ std::string FindingText(const Json& finding);
 /// For people, a line for each.
 void WriteFindings(std::ostream& out, const Json& findings);
 
-/// The parent's side: runs a job in a child. If the child ends early at a key, a fresh child goes
-/// on after that key, so a job begins with the key of the number `from`. Gives up after three
-/// time-outs, since each takes `seconds`.
+/// The parent's side: runs a job in a child. If the child ends early at a key, a new child
+/// continues with the key after it. For this the parent sets `from` in the job, the number of the
+/// first key to ask. Gives up after three hangs, because each takes `seconds`.
 ///
 /// `receive` gets each object that the children wrote. Returns the findings. Throws
 /// `std::runtime_error`.

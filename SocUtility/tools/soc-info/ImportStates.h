@@ -6,7 +6,8 @@
 struct ImportState {
   std::string_view state;             ///< As in `ImportReport`.
   const char* answersFrom = nullptr;  ///< Null when no query answers.
-  /// The core foresees the library's answers: these fail, after the first call, or answer.
+  /// Whether soc-info knows what the library must answer. If so, the next two fields say whether
+  /// all scalar queries after the first one must fail, and whether all list queries must.
   bool isForeseen = false;
   bool scalarsFail = false;
   bool listsFail = false;

@@ -45,7 +45,7 @@ struct Expected {
   std::string_view source;
 };
 
-/// What a library answers from the record after the watched.
+/// What a library answers from `record` after an import that went as the watched one.
 std::vector<Expected> expectedAnswers(const SocInfo& record, const ImportReport& watched) {
   std::vector<Expected> rows;
   for (const Capability& capability : CapabilitiesOf(record)) {

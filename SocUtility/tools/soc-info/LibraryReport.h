@@ -22,9 +22,10 @@ struct LibraryReport {
   Json findings;
 };
 
-/// Asks the library in `file`. An empty one means the library beside this program or, except on
-/// Windows, in the package's library folder. `only` limits the questions to one, made as the second
-/// query of a program: the first scalar query of an unknown chip succeeds even if all later ones
-/// fail. Throws `InputError` if there is no such library.
+/// Asks the library in `file`. If `file` is empty, asks the library beside this program or, except
+/// on Windows, in the package's library folder. With `only`, asks this capability alone. Another
+/// query always comes before the first capability asked, because the first scalar query of an
+/// unknown chip succeeds even if all later ones fail. Throws `InputError` if there is no such
+/// library.
 LibraryReport ReportOnLibrary(const std::string& file, double seconds,
                               const std::optional<CapabilityId>& only = {});

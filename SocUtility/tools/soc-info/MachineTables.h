@@ -18,10 +18,13 @@ struct MachineTables {
 /// The tables that the library would read here.
 MachineTables ReadThisMachine();
 
-/// The raw dumps in `directory`, each under the first of the names "FACP", "facp.dat" and
-/// "FACP.dat" that is there ("PPTT" likewise). A machine without a PPTT is known by the file
-/// "identify.json" of its capture. Throws `InputError` when the FADT's is missing, when
-/// one is not a readable, non-empty file of at most 16 MiB, and when one holds another table.
+/// Reads the raw dumps in `directory`. The FADT's dump is the first of "FACP", "facp.dat" and
+/// "FACP.dat" that exists. The PPTT's is the first of "PPTT", "pptt.dat" and "PPTT.dat". It may be
+/// missing: `ppttUnknown` is then set unless the file "identify.json" of a capture says that the
+/// machine has no PPTT.
+///
+/// Throws `InputError` when the FADT's dump is missing, when a dump is not a readable, non-empty
+/// file of at most 16 MiB, and when a dump holds another table.
 ///
 /// A dump that is shorter than its header claims is accepted with a line to `warnings`, since
 /// firmware can deliver such a table.

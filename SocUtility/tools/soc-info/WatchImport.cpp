@@ -40,7 +40,7 @@ std::string load(ProviderLoader& provider, JobReport& report) {
   return {};
 }
 
-/// Loads a provider, makes its watched, and unloads it. Returns its path; empty if there is none.
+/// Loads a provider, imports from it, and unloads it. Returns its path; empty if none was loaded.
 std::string importOnce(WatchedImport& watched, JobReport& report) {
   ProviderLoader provider;
   const std::string library = load(provider, report);
@@ -56,7 +56,7 @@ std::string importOnce(WatchedImport& watched, JobReport& report) {
   return library;
 }
 
-/// A second watched, as a program makes it that uses both query functions.
+/// A second import. A program that uses both query functions also makes two.
 void importAgain(WatchedImport& watched, const std::string& library, JobReport& report) {
   report.Begin({library, "second load"});
   ProviderLoader provider;

@@ -59,8 +59,9 @@ class UnsupportedKey(SocError):
 
 
 class Failure(SocError):
-    """The chip is unknown and no provider library describes it; only get() raises it for this.
-    Both raise it if the answer cannot be produced, for instance because memory ran out.
+    """The answer could not be produced. get() raises this if the chip is unknown and no provider
+    library describes it. get() and get_list() raise it for other reasons, for instance if memory
+    ran out.
     """
 
     _name = "FAILURE"
@@ -147,8 +148,8 @@ class SystemInfo:
     """A loaded library. May be shared by threads; a query releases the interpreter's lock."""
 
     def __init__(self, library: Union[str, "os.PathLike[str]", None] = None) -> None:
-        """Loads `library`, a path; without one, the library in this package's folder or, where
-        there is none, the one that the system's own search finds. Raises LibraryError.
+        """Loads the library at the path `library`. Without a path, loads the library in this
+        package's folder. If there is none, the system searches. Raises LibraryError.
         """
         path = os.fspath(library or _default_library())
         try:

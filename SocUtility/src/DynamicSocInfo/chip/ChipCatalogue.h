@@ -24,7 +24,7 @@ class ChipCatalogue {
   std::map<std::int32_t, SocInfo> rows_;
 };
 
-/// The record of a chip: a copy of the row that lists `chipId`, with `isKnownChip` set, or of the
-/// unknown row ("UNKNOWN_PLX", default capabilities) for 0 and for an identifier that no row lists.
-/// Keeps nothing; may be called from several threads at once. Throws `std::bad_alloc`.
+/// The record of a chip. If a row lists `chipId`, returns a copy of that row, with `isKnownChip`
+/// set. Otherwise, also for 0, returns a copy of the unknown row ("UNKNOWN_PLX", default values).
+/// Stores nothing, so several threads may call it at once. Throws `std::bad_alloc`.
 SocInfo BuildChipRecord(std::uint32_t chipId);

@@ -24,6 +24,7 @@ struct Identification {
 Identification IdentifyFromTables(
     const std::function<TableBytes(std::uint32_t tableId)>& readTable);
 
-/// This machine's chip identifier, or `NO_CHIP_ID`. Any thread may call it. A call that looks up a
-/// key keeps the result until this library is unloaded. Until then every call reads the tables.
+/// This machine's chip identifier, or `NO_CHIP_ID`. Any thread may call it. Each call reads the
+/// tables until a call has found a key in them. The result of that call is kept until this library
+/// is unloaded.
 std::uint32_t IdentifyChip() noexcept;

@@ -2,10 +2,11 @@
 /// grow, check the answer's width and decode it. Used by the imports, under the provider attempt's
 /// mutex.
 ///
-/// A call that fails throws `std::runtime_error` with a fixed message. The functions whose names
-/// begin with `Try` catch it, return false, leave `out` unchanged, and copy the message to
-/// `failure` unless that is null. They catch nothing else: `std::bad_alloc` passes through. But if
-/// memory cannot hold a size that the provider reported, the call fails.
+/// A call that fails throws `std::runtime_error` with a fixed message. A function whose name begins
+/// with `Try` catches this exception. It then returns false, leaves `out` unchanged, and copies the
+/// message to `failure` unless that is null. Other exceptions pass through, `std::bad_alloc`
+/// included. One lack of memory is such a failure and no `std::bad_alloc`: the provider reported a
+/// size for which there is no memory.
 #pragma once
 
 #include <cstddef>

@@ -29,13 +29,13 @@ struct AskedKey {
 using ImportObserver = std::function<void(const AskedKey&)>;
 
 /// Imports from an accepted provider. Answers of a service-utilities provider are written over the
-/// record's values, and `observer` is called for each of its keys. Answers of a system-info
-/// provider replace the record's values, without the observer. Imported values stay, whatever the
-/// result.
+/// record's values, and `observer` is called for each key. Answers of a system-info provider
+/// replace all capabilities of the record, and `observer` is not called. Imported values stay in
+/// the record, also if the import is incomplete.
 ///
-/// \return Whether the import succeeded. It did not if the chip is unknown (`socModel` 0) and a
-///         required DSP or GPU key was not imported. Throws `std::bad_alloc`, and what the provider
-///         and `observer` throw.
+/// \return Whether the import succeeded. For an unknown chip (`socModel` 0) it succeeds if every
+///         required key was answered; for a known chip and for a system-info provider always.
+///         Throws `std::bad_alloc`, and what the provider and `observer` throw.
 bool ImportProviderCapabilities(ProviderLoader& provider, SocInfo& record,
                                 const ImportObserver& observer = {});
 

@@ -18,9 +18,10 @@
 /// record unchanged.
 bool ImportFromSystemInfoProvider(ProviderLoader& provider, SocInfo& record);
 
-/// One answer of the provider's `Soc_GetCapabilitySerialized`. The first call offers `buffer` as it
-/// is. It grows as long as the provider asks for more. On success it holds exactly the answer.
-/// False otherwise, also when the provider throws `std::runtime_error`.
+/// Asks the provider's `Soc_GetCapabilitySerialized` for one key. The first call offers `buffer`
+/// with its present size. The buffer grows as long as the provider asks for more. Returns whether
+/// the provider answered; `buffer` then holds exactly the answer. A `std::runtime_error` of the
+/// provider also gives false.
 bool TryGetSerializedBytes(ProviderLoader& provider, std::uint32_t component, std::uint32_t key,
                            std::vector<std::uint8_t>& buffer);
 

@@ -51,8 +51,9 @@ bool CallProvider(Soc_GetCapabilityFn* query, std::uint64_t component, std::uint
 
 void RunAttempt(void (*attempt)(void* context), void (* /*abandon*/)(void* context),
                 void* context) {
-  // The library's unwinder is only ready once it has thrown. A provider's exception arrives by
-  // another unwinder, and would end the process before that.
+  // Prepares the library's unwinder, which is ready only after the library itself has thrown. A
+  // provider's exception comes from another unwinder. It would end the process if this library had
+  // not thrown before.
   try {
     throw 0;
   } catch (int) {
