@@ -64,8 +64,11 @@ void writeProvider(std::ostream& out, const Json& provider) {
                                                              : Text(provider.at("reason"));
   WriteLine(out, "provider",
             std::string(state.providerText) + (state.state == "stopped" ? "" : detail));
-  library.is_null() ? writeLookedFor(out, provider.at("lookedFor"))
-                    : WriteLine(out, "", Quoted(Text(library)));
+  if (library.is_null()) {
+    writeLookedFor(out, provider.at("lookedFor"));
+    return;
+  }
+  WriteLine(out, "", Quoted(Text(library)));
   if (state.checkShowsMore) {
     WriteLine(out, "", "soc-info check-provider " + Quoted(Text(library)) + " shows its answers");
   }

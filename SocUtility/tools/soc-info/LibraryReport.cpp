@@ -34,7 +34,6 @@ LibraryReport ReportOnLibrary(const std::string& file, double seconds,
   RequireRegularFile(path);
   LibraryReport library;
   library.description = {{"version", nullptr}, {"interface", nullptr}, {"path", PathText(path)}};
-  library.directory = path.parent_path().generic_string() + '/';
 
   const std::vector<Capability> all = CapabilitiesOf(BuildChipRecord(NO_CHIP_ID));
   library.answers.resize(all.size());

@@ -12,8 +12,8 @@
 /// What the child answers, and how it ended.
 struct LibraryReport {
   Json description;  ///< `library` in the field `run` of a document.
-  /// Where the library looks for a provider first, with a slash at the end. Empty where the library
-  /// cannot learn its own path, and so does not look there.
+  /// Where the library looks for a provider first, with a slash at the end. Empty if it does not
+  /// look there: it was not survived, or cannot learn its own path.
   std::string directory;
   /// In the order of `CapabilitiesOf`: objects of `status`, `value` (as in `Capability`, null
   /// unless the query succeeded) and `malformed` (why the answer could not be read, or null). Null

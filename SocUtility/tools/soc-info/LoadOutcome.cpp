@@ -1,5 +1,6 @@
 #include "LoadOutcome.h"
 
+#include <array>
 #include <filesystem>
 
 #include "DynamicSocInfo/provider/DynamicLibrary.h"
@@ -40,10 +41,18 @@ std::string faultOf(const ImageFile& image) {
 }  // namespace
 
 #ifdef _WIN32
+/// In the process's code page, with question marks for what that lacks.
+std::string narrow(const fs::path& name) {
+  std::array<char, 4 * MAX_PATH> bytes{};
+  WideCharToMultiByte(CP_ACP, 0, name.c_str(), -1, bytes.data(), static_cast<int>(bytes.size()),
+                      nullptr, nullptr);
+  return bytes.data();
+}
+
 bool LoadFile(ProviderLoader& loader, const fs::path& file, std::string_view name) {
   const HMODULE module = LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   // The system finds a loaded module by its name.
-  const bool isLoaded = module != nullptr && loader.Load(file.filename().string(), name);
+  const bool isLoaded = module != nullptr && loader.Load(narrow(file.filename()), name);
   if (module != nullptr) {
     FreeLibrary(module);
   }
