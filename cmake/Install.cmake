@@ -75,8 +75,8 @@ if(ZYN_BUILD_TOOLS)
   find_program(ZYN_HELP2MAN help2man)
   if(ZYN_HELP2MAN AND NOT CMAKE_CROSSCOMPILING)
     add_custom_command(OUTPUT soc-info.1 DEPENDS soc-info VERBATIM
-      COMMAND ${ZYN_HELP2MAN} --no-info --name=${PROJECT_DESCRIPTION} --output=soc-info.1
-        $<TARGET_FILE:soc-info>)
+      COMMAND ${ZYN_HELP2MAN} --no-info --help-option=--help-all --name=${PROJECT_DESCRIPTION}
+        --output=soc-info.1 $<TARGET_FILE:soc-info>)
     add_custom_target(soc-info-manual ALL DEPENDS soc-info.1)
     install(FILES ${PROJECT_BINARY_DIR}/soc-info.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   elseif(NOT WIN32)

@@ -191,6 +191,7 @@ int run(std::vector<std::string> words) {
                "soc-info");
   Arguments arguments;
   app.allow_windows_style_options(false);  // a path may begin with a slash
+  app.set_help_all_flag("--help-all", "Print the help of all subcommands too and exit");
   app.set_version_flag("--version", "soc-info " SOC_INFO_VERSION);
   app.require_subcommand(0, 1);
   app.footer(EXIT_CODES);
