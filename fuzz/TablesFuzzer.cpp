@@ -5,9 +5,8 @@
 #include <sstream>
 #include <string>
 
+#include "Commands.h"
 #include "FuzzInput.h"
-#include "Identify.h"
-#include "Inspect.h"
 #include "MachineTables.h"
 
 namespace fs = std::filesystem;

@@ -34,7 +34,7 @@ void WriteIdentification(std::ostream& out, const Json& document);
 /// when the file is missing or cannot be loaded.
 Json CheckProvider(const std::filesystem::path& file, double seconds);
 /// A line for each key, and the verdict.
-void WriteCheck(std::ostream& out, const Json& document);
+void WriteCheck(std::ostream& out, const Json& check);
 
 /// `get`: one answer of the installed library. Throws `InputError` if there is no such capability
 /// or no library.
