@@ -6,8 +6,9 @@ import shutil
 import signal
 import unittest
 
-from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, MANGLED, NO_PROVIDER,
-                      NO_VERSION, ON_WINDOWS, OTHER_MACHINE, OWN_FAULT, PROVIDER, RUNTIME_ERROR, Tests)
+from soc_info import (CRASH, HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, MANGLED,
+                      NO_PROVIDER, NO_VERSION, ON_WINDOWS, OTHER_MACHINE, OWN_FAULT, PROVIDER,
+                      RUNTIME_ERROR, Tests)
 
 PASSES, FAILS, BAD_INPUT = 0, 1, 2
 
@@ -69,7 +70,7 @@ class CheckProviderTest(Tests):
         ends = "exit" if ON_WINDOWS else "crash"  # abort is an exit there
         rows = [
             (["2 17 abort 0 0 -"], [(ends, "DSP 17", "")], 55),
-            (["2 17 fault 0 0 -", "3 4 fault 0 0 -"],
+            ([f"2 17 {CRASH} 0 0 -", f"3 4 {CRASH} 0 0 -"],
              [("crash", "DSP 17", ""), ("crash", "GPU 4", "")], 54),
             (["2 1 quit 0 0 -"], [("exit", "DSP 1", "exit status 0")], 55),
             (["2 44 hang 0 0 -"], [("hang", "DSP 44", "not done within 1 s")], 55),
@@ -111,10 +112,10 @@ class CheckProviderTest(Tests):
         # A parent may have left this signal ignored, and then children have no status. Wine
         # does not work then.
         parent = None if ON_WINDOWS else lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN)
-        text = self.text("2 17 fault 0 0 -", "2 7 overrun 1 0 -", before=parent).stdout
+        text = self.text(f"2 17 {CRASH} 0 0 -", "2 7 overrun 1 0 -", before=parent).stdout
         self.assertRegex(text, r'failure +overrun at DSP 7, in ".*dll": 8 bytes offered, 1 written')
         self.assertRegex(text, 'failure +crash at DSP 17, in ".*dll": ' +
-                         ("exception 0xC0000005" if ON_WINDOWS else "signal 11"))
+                         ("exception 0xC0000005" if ON_WINDOWS else "signal 6"))
         self.assertIn("would not come unharmed out of the import", text)
         self.assertIn("every query would fail with 25", self.text(OWN_FAULT).stdout)
         self.assertRegex(self.text(f"2 7 keep 0 0 {PROVIDER}").stdout, "warning +loaded at unload")

@@ -23,6 +23,9 @@ MANGLED = str(pathlib.Path(NO_PROVIDER).with_name("Mangled.dll"))
 # Lines of its script: an exception of its own type at DSP 3, and one of the standard library, which
 # fails the key.
 OWN_FAULT, RUNTIME_ERROR = ("2 3 except 2 0 -", "2 3 except 4 0 -")
+# Its action that crashes the process on every build: Windows turns an abort into an exit, and a
+# sanitizer turns a fault into one.
+CRASH = "fault" if ON_WINDOWS else "abort"
 # What the scripted provider answers where a terminal or a reader of the report could be misled.
 HOSTILE_NAME = "3 4 reply 0 7 1b5b33316dff00"
 HOSTILE_NAME_VALUE = "\x1b[31m\ufffd"
