@@ -77,6 +77,7 @@ class CheckProviderTest(Tests):
             ([f"2 {key} hang 0 0 -" for key in (1, 2, 3, 4)],
              [("hang", f"DSP {key}", "") for key in (1, 2, 3)], 0),  # each takes the time limit
             (["0 1 quit 0 0 -"], [("exit", "load", "exit status 0")], 0),
+            (["0 1 hang 0 0 -"], [("hang", "load", "not done within 1 s")], 0),
             (["0 0 abort 0 0 -"], [(ends, "unload", "")], 56),
             ([OWN_FAULT, "3 4 except 2 0 -"],
              [("exception", "DSP 3", None), ("exception", "GPU 4", None)], 54),

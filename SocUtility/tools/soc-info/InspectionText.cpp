@@ -66,7 +66,7 @@ void writeProvider(std::ostream& out, const Json& provider) {
             std::string(state.providerText) + (state.state == "stopped" ? "" : detail));
   library.is_null() ? writeLookedFor(out, provider.at("lookedFor"))
                     : WriteLine(out, "", Quoted(Text(library)));
-  if (state.checkShowsMore) {
+  if (state.checkShowsMore && !library.is_null()) {
     WriteLine(out, "", "soc-info check-provider " + Quoted(Text(library)) + " shows its answers");
   }
 }
