@@ -6,8 +6,9 @@ import shutil
 import signal
 import unittest
 
-from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, MANGLED, NO_PROVIDER,
-                      NO_VERSION, ON_WINDOWS, OTHER_MACHINE, OWN_FAULT, PROVIDER, RUNTIME_ERROR, Tests)
+from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, MANGLED,
+                      NO_PROVIDER, NO_VERSION, ON_WINDOWS, OTHER_MACHINE, OWN_FAULT, PROVIDER,
+                      RUNTIME_ERROR, Tests)
 
 PASSES, FAILS, BAD_INPUT = 0, 1, 2
 

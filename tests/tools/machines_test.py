@@ -1,4 +1,4 @@
-"""soc-info must print the JSON and text of every folder in examples/machines. A new folder needs no code."""
+"""soc-info must print the files of every folder in examples/machines. A new folder needs no code."""
 
 import unittest
 

@@ -4,13 +4,12 @@ import json
 import os
 import pathlib
 import shutil
-import tempfile
 import unittest
 
 import images
-from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, LIBRARY, MACHINES,
-                      NO_PROVIDER, ON_WINDOWS, OTHER_LIBRARY, OTHER_MACHINE, OWN_FAULT, PROVIDER,
-                      SOC_INFO, Tests, schema_faults)
+from soc_info import (HOSTILE_NAME, HOSTILE_NAME_TEXT, HOSTILE_NAME_VALUE, LIBRARY,
+                      MACHINES, NO_PROVIDER, ON_WINDOWS, OTHER_LIBRARY, OTHER_MACHINE, OWN_FAULT,
+                      PROVIDER, SOC_INFO, Tests, schema_faults)
 
 FACP = (MACHINES / "heron" / "facp.dat").read_bytes()
 PPTT = (MACHINES / "heron" / "pptt.dat").read_bytes()
@@ -29,7 +28,7 @@ class SocInfoTest(Tests):
         rows = [
             ({"PPTT": PPTT}, ["--tables", "."], "holds no dump of the FADT"),
             ({"FACP": FACP, "pptt.dat": b""}, ["--tables", "."], 'pptt.dat": empty'),
-            ({"FACP": FACP, "PPTT": FACP}, ["--tables", "."], 'PPTT": no raw dump of the table PPTT'),
+            ({"FACP": FACP, "PPTT": FACP}, ["--tables", "."], 'PPTT": no raw dump of the table'),
             ({"FACP": b"FAC"}, ["--tables", "."], 'FACP": no raw dump of the table FACP'),
             ({}, ["--tables", "missing"], "missing"),
             ({}, ["--tables", "file"], "not a directory"),
@@ -122,8 +121,8 @@ class SocInfoTest(Tests):
         ]:
             with self.subTest(script):
                 limit = ("--timeout", "1" if what == "hang" else "20")
-                document, rows = self.with_provider(PROVIDER, script, "3 4 fault 0 0 -", status=1,
-                                                    arguments=limit)
+                document, rows = self.with_provider(PROVIDER, script, "3 4 fault 0 0 -",
+                                                    status=1, arguments=limit)
                 self.assertEqual((document["provider"]["state"], document["answersFrom"]),
                                  ("stopped", None))
                 found = [(finding["what"], finding["at"]) for finding in document["findings"]]
@@ -146,10 +145,13 @@ class SocInfoTest(Tests):
                                       (("DSP", "16"), "[1,2,4,6]")]:
                 result = self.run_tool("get", *capability, program=program)
                 self.assertEqual((result.returncode, result.stdout), (0, value + "\n"))
-            document = json.loads(self.run_tool("get", "DSP", "7", "--json", program=program).stdout)
+            result = self.run_tool("get", "DSP", "7", "--json", program=program)
+            document = json.loads(result.stdout)
             self.assertEqual((document["status"], document["value"]), (0, 7516192768))
-        for script, status, message in [("2 1 reply 3 0 -", 25, "DSP 7: status 25"),
-                                        ("2 1 fault 0 0 -", None, "crash at its first query, in ")]:
+        for script, status, message in [
+            ("2 1 reply 3 0 -", 25, "DSP 7: status 25"),
+            ("2 1 fault 0 0 -", None, "crash at its first query, in "),
+        ]:
             result = self.run_tool("get", "DSP", "7", "--json", program=program, script=[script])
             self.assertEqual((result.returncode, json.loads(result.stdout)["status"]), (1, status))
             self.assertIn("soc-info: " + message, result.stderr)

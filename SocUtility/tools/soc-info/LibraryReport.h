@@ -11,7 +11,7 @@
 
 /// What the child answers, and how it ended.
 struct LibraryReport {
-  Json description;  ///< `library` in the field `run` of a document.
+  Json description = nullptr;  ///< `library` in the field `run` of a document.
   /// Where the library looks for a provider first, with a slash at the end. Empty if it does not
   /// look there: it was not survived, or cannot learn its own path.
   std::string directory;
@@ -19,7 +19,7 @@ struct LibraryReport {
   /// unless the query succeeded) and `malformed` (why the answer could not be read, or null). Null
   /// where the process ended before.
   std::vector<Json> answers;
-  Json findings;
+  Json findings = Json::array();
 };
 
 /// Asks the library in `file`. If `file` is empty, asks the library beside this program or, except
