@@ -65,8 +65,9 @@ class Tests(unittest.TestCase):
 
         `before` is called in the new process before the tool is started there."""
         (self.folder / "provider.txt").write_text("".join(line + "\n" for line in script))
-        # A crash is for the tool to report, not for a sanitizer.
-        environment = dict(os.environ, ASAN_OPTIONS="handle_segv=0", TSAN_OPTIONS="handle_segv=0")
+        # Crashes and threads left behind are for the tool to report, not for a sanitizer.
+        environment = dict(os.environ, ASAN_OPTIONS="handle_segv=0",
+                           TSAN_OPTIONS="handle_segv=0:report_thread_leaks=0")
         result = subprocess.run([*LAUNCHER, program, *arguments], capture_output=True,
                                 timeout=60, cwd=self.folder, preexec_fn=before, encoding="utf-8",
                                 env=environment)
