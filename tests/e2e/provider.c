@@ -121,28 +121,26 @@ static void askBack(const char* library) {
   closeModule(product);
 }
 
-/* The thread's period in milliseconds. The loop is the provider's own code, so a thread that wakes
- * after the unloading crashes. */
-static unsigned period;
-
+/* Leaves a thread that wakes after each `period` milliseconds. Its loop is the provider's own code,
+ * so a thread that wakes after the unloading crashes. */
 #if defined(_WIN32)
-static DWORD WINAPI runForEver(void* unused) {
-  (void)unused;
+static DWORD WINAPI runForEver(void* period) {
   for (;;) {
-    Sleep(period);
+    Sleep((DWORD)(uintptr_t)period);
   }
 }
-static void leaveThread(void) { CloseHandle(CreateThread(NULL, 0, runForEver, NULL, 0, NULL)); }
+static void leaveThread(uintptr_t period) {
+  CloseHandle(CreateThread(NULL, 0, runForEver, (void*)period, 0, NULL));
+}
 #else
-static void* runForEver(void* unused) {
-  (void)unused;
-  while (poll(NULL, 0, (int)period) >= 0) {
+static void* runForEver(void* period) {
+  while (poll(NULL, 0, (int)(uintptr_t)period) >= 0) {
   }
   return NULL;
 }
-static void leaveThread(void) {
+static void leaveThread(uintptr_t period) {
   pthread_t thread;
-  if (pthread_create(&thread, NULL, runForEver, NULL) == 0) {
+  if (pthread_create(&thread, NULL, runForEver, (void*)period) == 0) {
     pthread_detach(thread);
   }
 }
@@ -156,8 +154,7 @@ static void obey(const Rule* rule, uint8_t* buffer, uint64_t offered) {
       memset(buffer - rule->size, 0xEE, (size_t)rule->size);
       break;
     case 't':
-      period = (unsigned)rule->status;
-      leaveThread();
+      leaveThread((uintptr_t)rule->status);
       break;
     case 'u':
       (void)fesetround(FE_UPWARD);
