@@ -86,7 +86,7 @@ class CheckProviderTest(Tests):
                                       ("overrun", "DSP 7", "8 bytes offered, 16 written after")],
              56),
             (["2 7 thread 60000 0 -", "2 8 length 0 0 -"],
-             [("threads", "unload", "1 left running"),
+             [("threads", "unload", " left running"),
               ("differs", "DSP 8 of the second import", "first ")], 56),
             (["2 7 upward 0 0 -"], [("float", "unload", "rounding mode")], 56),
             ([f"2 7 keep 0 0 {PROVIDER}"], [("loaded", "unload", "it stays loaded")], 56),
