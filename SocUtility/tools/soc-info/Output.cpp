@@ -18,14 +18,14 @@ std::size_t sizeOfCharacter(char first) {
 }
 
 /// Not the controls from U+007F to U+009F, marks without a width or for the writing direction
-/// (U+200B to U+200F, U+2028 to U+202E, U+2060 to U+206F), U+FEFF and U+FFFD. JSON has escaped the
+/// (U+200B to U+200F, U+2028 to U+202F, U+2060 to U+206F), U+FEFF and U+FFFD. JSON has escaped the
 /// lower controls.
 bool isPrintable(std::string_view character) {
   const auto isFrom = [&](std::string_view first, std::string_view last) {
     return character.size() == first.size() && first <= character && character <= last;
   };
   return character != "\x7F" && !isFrom("\xC2\x80", "\xC2\x9F") &&
-         !isFrom("\xE2\x80\x8B", "\xE2\x80\x8F") && !isFrom("\xE2\x80\xA8", "\xE2\x80\xAE") &&
+         !isFrom("\xE2\x80\x8B", "\xE2\x80\x8F") && !isFrom("\xE2\x80\xA8", "\xE2\x80\xAF") &&
          !isFrom("\xE2\x81\xA0", "\xE2\x81\xAF") && character != "\xEF\xBB\xBF" &&
          character != "\xEF\xBF\xBD";
 }
