@@ -43,7 +43,7 @@ std::string load(ProviderLoader& provider, JobReport& report) {
 /// Loads a provider, imports from it, and unloads it. Returns its path; empty if none was loaded.
 std::string importOnce(WatchedImport& watched, JobReport& report) {
   ProviderLoader provider;
-  const std::string library = load(provider, report);
+  std::string library = load(provider, report);
   if (library.empty()) {
     return {};
   }

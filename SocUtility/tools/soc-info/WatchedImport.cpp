@@ -3,6 +3,7 @@
 #include <cstring>
 #include <exception>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -79,11 +80,8 @@ bool WatchedImport::ImportFrom(ProviderLoader& provider, int from) {
   calls_ = {};
   running = this;
   query_ = std::exchange(provider.getCapability, &QueryRunning);
-  struct Restore {
-    ProviderLoader& provider;
-    Soc_GetCapabilityFn* query;
-    ~Restore() { provider.getCapability = query; }
-  } const restore{provider, query_};
+  const auto restore = [this](ProviderLoader* asked) { asked->getCapability = query_; };
+  const std::unique_ptr<ProviderLoader, decltype(restore)> restoring(&provider, restore);
   SocInfo record = BuildChipRecord(NO_CHIP_ID);
   return ImportProviderCapabilities(provider, record, [&](const AskedKey& asked) {
     if (number_ >= from_) {
